@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -38,22 +39,26 @@ struct PictureGroup {
   int height = 0;
   int goalWidth = 0;  // picwgoal, pichgoal, twips
   int goalHeight = 0;
-  std::string group;  // the whole group "{\pict...}" as read; empty when it was made here
+  std::string group;  // the whole group "{\pict...}" as read; empty when the fields above alone give it back
 
   bool operator==(const PictureGroup&) const = default;
 };
 
-// A stretch of text in one format, or a picture. A line break inside a paragraph is "\n", a tab "\t".
+// A stretch of text in one format, or a picture. A line break inside a paragraph is "\n", a tab "\t"; there are no
+// other control characters.
 struct Run {
   std::string text;  // UTF-8
   CharFormat format;
   std::shared_ptr<const PictureGroup> picture;
+
+  bool operator==(const Run& other) const;  // pictures by what they hold
 };
 
 struct TabStop {
   int position = 0;
   Alignment alignment = Alignment::Left;
-  bool decimal = false;
+  bool decimal = false;  // aligned at the decimal point; the alignment then says nothing
+
   bool operator==(const TabStop&) const = default;
 };
 
@@ -66,12 +71,15 @@ struct ParagraphFormat {
   int spaceAfter = 0;
   bool keepWithNext = false;
   std::vector<TabStop> tabs;
+
   bool operator==(const ParagraphFormat&) const = default;
 };
 
 struct Paragraph {
   std::vector<Run> runs;
   ParagraphFormat format;
+
+  bool operator==(const Paragraph&) const = default;
 };
 
 struct Borders {  // widths, 0 is none
@@ -79,6 +87,7 @@ struct Borders {  // widths, 0 is none
   int bottom = 0;
   int left = 0;
   int right = 0;
+
   bool operator==(const Borders&) const = default;
 };
 
@@ -86,6 +95,8 @@ struct TableCell {
   std::vector<Paragraph> paragraphs;  // at least one
   int rightEdge = 0;                  // from the left margin, as in \cellx
   Borders borders;
+
+  bool operator==(const TableCell&) const = default;
 };
 
 struct TableRow {
@@ -94,10 +105,14 @@ struct TableRow {
   int cellGap = 108;  // half the gap between cells
   Alignment alignment = Alignment::Left;
   bool header = false;
+
+  bool operator==(const TableRow&) const = default;
 };
 
 struct Table {
   std::vector<TableRow> rows;
+
+  bool operator==(const Table&) const = default;
 };
 
 using Block = std::variant<Paragraph, Table>;
@@ -105,15 +120,20 @@ using Block = std::variant<Paragraph, Table>;
 struct RichText {
   std::vector<Block> blocks;
 
-  bool IsEmpty() const;  // neither text nor picture
+  bool IsEmpty() const;  // neither text nor picture; blank paragraphs and empty tables count as nothing
   void Append(RichText other);
+
+  bool operator==(const RichText&) const = default;
 };
 
 // Reads a rich-text file or fragment group. It survives anything: what it does not know it skips, what is cut short it
-// closes. Nothing only where the bytes do not start as rich text.
+// closes; lengths are cut to a million twips either way. An empty paragraph behind the last paragraph mark is none.
+// Nothing only where the bytes, behind a byte order mark and blanks, do not start with "{\rtf". Time and memory are
+// linear in the size of the bytes.
 std::optional<RichText> ReadRtf(std::string_view bytes);
 
-// A complete rich-text document, ending in its closing brace.
+// A complete rich-text document, ending in its closing brace. ReadRtf gives the same document back, provided that no
+// run is empty, neighbouring runs differ in format, and every table has rows, every row cells, every cell paragraphs.
 std::string WriteRtf(const RichText& document);
 
 // Turns a picture into SVG markup; an empty answer leaves a placeholder of the right size.
@@ -122,14 +142,20 @@ using PictureToSvg = std::function<std::string(const PictureGroup&)>;
 // A complete HTML page. Hidden text is left out.
 std::string WriteHtml(const RichText& document, std::string_view title, const PictureToSvg& toSvg = {});
 
-// Plain text with tables aligned for a fixed-width font; hidden tags are removed.
+// Plain text, every line ended by "\n", with tables aligned for a fixed-width font and borders above and below cells
+// drawn with hyphens. Help tags and all other hidden text are left out, and so are pictures. Long texts in cells are
+// wrapped; paragraphs are not.
 std::string WriteText(const RichText& document);
 
-// Takes hidden help tags out of plain words: "/h/" up to the next "/" when that lies less than 21 characters from the
-// start of the "/h/".
+// Takes hidden help tags out of plain words: "/h/" up to and with the next "/" when that lies less than 21 characters
+// from the start of the "/h/". Any other "/h/" stays.
 std::string RemoveHiddenTags(std::string_view text);
 
-// The last hidden help tag's number at or before the end of block `block` (run `run`), or nothing.
+// The stretches [from, to) of the text that RemoveHiddenTags leaves, in order, as offsets in bytes.
+std::vector<std::pair<std::size_t, std::size_t>> OutsideHiddenTags(std::string_view text);
+
+// The number of the last help tag, hidden text like "/h/123/", in the blocks up to and with `block`; nothing where
+// there is none.
 std::optional<int> LastHelpTag(const RichText& document, std::size_t block);
 
 }  // namespace tellurix
