@@ -10,6 +10,14 @@ namespace tellurix {
 // Kind of a cell, as TypeRC answers it; negated when the cell holds a formula with that kind of result.
 enum CellType : int { EmptyCell = 0, NumberCell = 1, TextCell = 2, LogicalCell = 3 };
 
+// All of a cell at once. The text is that of a text cell or of a formula whose result is text, else empty; it is a view
+// into the store and holds until the next change.
+struct CellView {
+  int type = EmptyCell;
+  double number = 0;  // a number or logical (true -1, false 0); else 0
+  std::string_view text;
+};
+
 struct CellRange {
   int firstRow = 1;
   int firstColumn = 1;
@@ -28,6 +36,8 @@ class GridStore {
   virtual ~GridStore() = default;
 
   // --- cells ---
+  // ReadRC is for reading many cells: one call, and no copy of a text. TypeRC, NumberRC and TextRC are for single ones.
+  virtual CellView ReadRC(int row, int column) const = 0;
   virtual int TypeRC(int row, int column) const = 0;
   virtual double NumberRC(int row, int column) const = 0;  // a number or logical (true -1, false 0); else 0
   virtual void NumberRC(int row, int column, double value) = 0;
@@ -73,7 +83,8 @@ int ColumnNumber(std::string_view letters);
 // "A1:B9", or "A1" for one cell.
 std::string RangeText(const CellRange& range);
 
-// Reads "A1", "A1:B9", "C:D" (whole columns) and "3:7" (whole rows); false when it is none of them.
+// Reads "A1", "A1:B9", "C:D" (whole columns) and "3:7" (whole rows), in either case, with the corners in any order;
+// false when it is none of them or reaches beyond MaxRows or MaxColumns.
 bool ReadRange(std::string_view text, CellRange& range);
 
 }  // namespace tellurix

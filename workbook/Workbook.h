@@ -1,0 +1,219 @@
+// A workbook: sheets of cells with headings, column widths and selection, with undo. Everything acts on the active
+// sheet unless it says otherwise. Not for use by several threads at once, not even for reading.
+//
+// Undo. What happens between BeginStep and EndStep is one step; a change outside is a step of its own. Of a column the
+// first few cells written in a step are kept one by one, after that the column as it stood; columns share their
+// unchanged parts with what is kept. The history holds HistorySteps steps at most, and no more than HistoryBytes of
+// former contents (estimated; the newest step always stays): the oldest steps go first. Selection, active cell and the
+// choice of the active sheet are no changes.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "host/Documents.h"
+#include "workbook/GridStore.h"
+
+namespace tellurix {
+
+class CellColumn;
+class TextPool;
+
+// What a formula came to. An error is a text ("#ERR") that says so; an empty result is an empty text.
+struct FormulaResult {
+  int type = TextCell;  // NumberCell, TextCell or LogicalCell
+  double number = 0;    // a number or logical (true -1, false 0)
+  std::string text;
+  bool isError = false;
+
+  static FormulaResult Number(double value) { return {NumberCell, value, {}, false}; }
+  static FormulaResult Text(std::string text) { return {TextCell, 0, std::move(text), false}; }
+  static FormulaResult Logical(bool value) { return {LogicalCell, value ? -1.0 : 0.0, {}, false}; }
+  static FormulaResult Error(std::string text) { return {TextCell, 0, std::move(text), true}; }
+};
+
+// What a step, an undo or a redo has changed: one rectangle around all changed cells of a sheet. A heading has row or
+// column 0; widths have the rectangle of their columns in row 0.
+struct WorkbookChange {
+  enum class Kind { Cells, Headings, Widths, Sheets };  // Sheets: added, deleted, moved or renamed; sheet is 0
+  Kind kind = Kind::Cells;
+  int sheet = 0;  // 1-based
+  CellRange range;
+};
+
+enum class Shift { Rows, Columns };  // which way the neighbours of inserted or deleted cells move
+
+class Workbook final : public GridStore {
+ public:
+  static constexpr std::size_t HistorySteps = 200;
+  static constexpr std::size_t HistoryBytes = std::size_t{256} << 20;
+  static constexpr std::size_t MaxSheetName = 31;   // characters
+  static constexpr double DefaultColumnWidth = 10;  // characters
+
+  Workbook();  // one empty sheet, "Sheet1"
+  ~Workbook() override;
+  Workbook(const Workbook&) = delete;
+  Workbook& operator=(const Workbook&) = delete;
+
+  // Caption and path belong to the shell. `changed` is kept here: true while the contents differ from those at
+  // MarkSaved (or at the start), so undoing back to them makes it false.
+  DocumentState document;
+  void MarkSaved();
+
+  // --- cells. Beyond the sheet, writes change nothing and reads answer empty. ---
+  static bool Fits(int row, int column) { return row >= 1 && row <= MaxRows && column >= 1 && column <= MaxColumns; }
+  CellView ReadRC(int row, int column) const override;
+  int TypeRC(int row, int column) const override;
+  double NumberRC(int row, int column) const override;
+  void NumberRC(int row, int column, double value) override;  // what is not finite becomes the text "*"
+  std::string TextRC(int row, int column) const override;
+  void TextRC(int row, int column, std::string_view text) override;
+  std::string FormattedTextRC(int row, int column) const override;  // numbers by GeneralText, logicals TRUE and FALSE
+  void SetLogical(int row, int column, bool value);
+  void SetFormula(int row, int column, std::string_view formula, const FormulaResult& result);
+  std::string FormulaText(int row, int column) const;  // empty where there is none
+  bool IsError(int row, int column) const;             // a formula with an error for its result
+
+  // Runs of cells down a column; false, and nothing changed, when they do not fit.
+  bool SetColumnNumbers(int column, int firstRow, std::span<const double> values);  // not finite: "*"
+  bool SetColumnTexts(int column, int firstRow, std::span<const std::string> texts);
+
+  // --- headings; an empty text takes one away. They move with their rows and columns. ---
+  std::string ColText(int column) const override;
+  void ColText(int column, std::string_view text) override;
+  std::string RowText(int row) const override;
+  void RowText(int row, std::string_view text);
+
+  // --- editing; false, and nothing changed, when the range is not on the sheet or something would be pushed off it ---
+  bool ClearRange(const CellRange& range);
+  bool InsertRows(int row, int count);
+  bool DeleteRows(int row, int count);
+  bool InsertColumns(int column, int count);
+  bool DeleteColumns(int column, int count);
+  bool InsertCells(const CellRange& range, Shift shift);           // those from the range on move down or to the right
+  bool DeleteCells(const CellRange& range, Shift shift);           // those after the range move up or to the left
+  bool CopyBlock(const CellRange& from, int toRow, int toColumn);  // as it stood, where the two overlap
+
+  // --- extent and sheets ---
+  int LastRow() const override;
+  int LastCol() const override;
+  int Sheet() const override { return active_ + 1; }
+  void Sheet(int index) override;  // an index that does not exist is ignored
+  int SheetCount() const { return static_cast<int>(sheets_.size()); }
+  std::string SheetName(int index) const;      // empty for an index that does not exist
+  int FindSheet(std::string_view name) const;  // without regard to case; 0 when there is none
+  // Names are unique without regard to case, not blank, and of at most MaxSheetName characters.
+  int AddSheet(std::string_view name = {});  // at the end, becoming the active one: its index; 0 for a name that is
+                                             // refused. Without a name it takes a free "Sheet<n>"
+  bool RenameSheet(int index, std::string_view name);
+  bool DeleteSheet(int index);  // not the last one
+  bool MoveSheet(int from, int to);
+
+  // --- selection; ranges are cut to the sheet, their corners put in order ---
+  int SelectionCount() const override;
+  CellRange GetSelection(int index) const override;  // A1 for an index that does not exist
+  std::string Selection() const override;
+  void SetSelection(const CellRange& range) override;  // its first cell becomes the active one
+  void AddSelection(const CellRange& range) override;
+  void SetActiveCell(int row, int column) override;  // the marked ranges stay
+  int ActiveRow() const override;
+  int ActiveColumn() const override;
+
+  // --- looks ---
+  double ColumnWidth(int column) const;           // in characters
+  void SetColumnWidth(int column, double width);  // 0 hides; below 0 or not finite: the default width again
+  // Fits columns to the cells of the range and their headings, 8 to 60 characters. Of a long column the first cells and
+  // a sample of the others count. Columns with nothing to show get the default width if `defaults`, else keep theirs.
+  void SetColWidthAuto(const CellRange& range, bool defaults) override;
+
+  // --- undo ---
+  void BeginStep(std::string_view caption) override;
+  void EndStep() override;
+  bool CanUndo() const;
+  bool CanRedo() const;
+  bool Undo();  // false within a step or with nothing to undo
+  bool Redo();
+  std::string UndoCaption() const;  // empty with nothing to undo
+  std::string RedoCaption() const;
+  void ClearHistory();
+
+  // Told once a step, undo or redo, with one change for each sheet and kind.
+  using Listener = std::function<void(const WorkbookChange&)>;
+  int AddListener(Listener listener);  // its number
+  void RemoveListener(int number);
+
+  // Filling without undo records, as when a file is read: while it lives nothing is logged. Accepted, it leaves an
+  // empty history and a workbook that counts as saved; otherwise everything is put back as it was before. Not within a
+  // step.
+  class Loading {
+   public:
+    explicit Loading(Workbook& workbook);
+    ~Loading();
+    Loading(const Loading&) = delete;
+    Loading& operator=(const Loading&) = delete;
+    void Accept();
+
+   private:
+    struct Backup;
+    Workbook& workbook_;
+    std::unique_ptr<Backup> backup_;
+  };
+
+ private:
+  struct SheetData;
+  struct CellChange;
+  struct ColumnChange;
+  struct SheetsChange;
+  struct Step;
+  class AutoStep;
+  using SheetRef = std::shared_ptr<SheetData>;
+  using ColumnRef = std::shared_ptr<CellColumn>;
+
+  SheetData& Active() const { return *sheets_[static_cast<std::size_t>(active_)]; }
+  const CellColumn* ColumnAt(int row, int column) const;
+  CellColumn& ForCell(int slot, int row);
+  CellColumn& ForMany(int slot);
+  void LogEmpty(const SheetRef& sheet, int slot);
+  void Replace(int slot, ColumnRef column);
+  void DropIfEmpty(int slot);
+  void SetHeading(int slot, int at, std::string_view text);
+  void ClearCells(int column, int firstRow, int lastRow);
+  void ShiftSlot(int slot, int at, int inserted, int deleted);
+  void LogSheets();
+  void Touch(WorkbookChange::Kind kind, int firstRow, int firstColumn, int lastRow, int lastColumn);
+  void TouchCells(int firstRow, int firstColumn, int lastRow, int lastColumn, bool filled = false);
+  template <typename Change>
+  void Log(Change change);
+  void Swap(Step& step, bool backwards);
+  void UpdateChanged();
+  void Tell(const Step& step);
+  bool NameIsFree(std::string_view name, int exceptIndex) const;
+
+  // The pool comes first: it must outlive all that points into it.
+  std::unique_ptr<TextPool> texts_;
+  std::vector<SheetRef> sheets_;
+  int active_ = 0;  // 0-based
+
+  std::deque<Step> undo_;
+  std::vector<Step> redo_;
+  std::unique_ptr<Step> open_;
+  int depth_ = 0;
+  bool logging_ = true;
+  std::uint64_t lastSerial_ = 0;    // of steps
+  std::uint64_t bottomSerial_ = 0;  // state before the oldest step that is kept
+  std::uint64_t savedSerial_ = 0;
+  std::size_t historyBytes_ = 0;
+
+  std::vector<std::pair<int, Listener>> listeners_;
+  int lastListener_ = 0;
+};
+
+}  // namespace tellurix
