@@ -89,13 +89,30 @@ class Host {
   // Whether a range still marked from an earlier prompt of the same command may answer the next one.
   virtual bool LeftoverRangeAnswers() const { return true; }
 
-  virtual void SetBusy(bool busy) = 0;
+  // Told when a range that was marked before has answered a prompt without the bar.
+  virtual void RangeTaken(const SelectionRequest& request) { (void)request; }
+
+  virtual void SetBusy(bool busy) = 0;  // the hourglass
+  virtual bool IsBusy() const = 0;
   virtual void SetCommandsEnabled(bool enabled) = 0;
   virtual void SetStatus(std::string_view text) = 0;
   virtual void Beep() = 0;
   virtual void SetClipboard(std::string_view text) = 0;
   virtual std::string Clipboard() = 0;
   virtual bool RunProgram(std::string_view commandLine) = 0;
+};
+
+// Shows the normal pointer while it lives, then the shape that was there before.
+class NormalPointerHere {
+ public:
+  explicit NormalPointerHere(Host& host) : host_(host), wasBusy_(host.IsBusy()) { host_.SetBusy(false); }
+  ~NormalPointerHere() { host_.SetBusy(wasBusy_); }
+  NormalPointerHere(const NormalPointerHere&) = delete;
+  NormalPointerHere& operator=(const NormalPointerHere&) = delete;
+
+ private:
+  Host& host_;
+  bool wasBusy_;
 };
 
 }  // namespace tellurix
