@@ -1,0 +1,38 @@
+#include "workbook/CellReading.h"
+
+#include <cmath>
+
+#include "numeric/Missing.h"
+#include "numeric/Text.h"
+
+namespace tellurix {
+
+double GetCellNumber(const GridStore& grid, int row, int column) {
+  if (row < 1 || column < 1) return MissingValue;
+  switch (std::abs(grid.TypeRC(row, column))) {
+    case NumberCell:
+    case LogicalCell: return grid.NumberRC(row, column);
+    case TextCell: {
+      const std::string text = grid.TextRC(row, column);
+      return text == "*" || text == "." || EqualNoCase(text, "MISSING") ? TextMissingValue : MissingValue;
+    }
+    default: return MissingValue;
+  }
+}
+
+std::string GetCellLabel(const GridStore& grid, int row, int column) {
+  if (row < 0 || column < 0) return {};
+  std::string label;
+  if (row == 0) {
+    label = grid.ColText(column);
+    if (label.empty()) label = ColumnLetters(column);
+  } else if (column > 0) {
+    label = grid.FormattedTextRC(row, column);
+  } else {
+    label = grid.RowText(row);
+    if (label.empty()) label = std::to_string(row);
+  }
+  return std::string(Trim(label));
+}
+
+}  // namespace tellurix

@@ -1,0 +1,118 @@
+#include "workbook/OutputColumns.h"
+
+#include <algorithm>
+
+#include "numeric/Missing.h"
+#include "workbook/Workbook.h"
+
+namespace tellurix {
+
+namespace {
+
+constexpr int MaxOutputColumns = 256;
+constexpr const char* OutputTitle = "Saving Data to Workbook";
+constexpr const char* Reserved = "        ";  // eight blanks mark a column as used
+
+std::size_t RowsOf(const OutputColumn& column) { return std::max(column.values.size(), column.texts.size()); }
+
+}  // namespace
+
+OutputColumns::OutputColumns(Host& host, Documents& documents, Prompts& prompts, ResultsLog& results)
+    : host_(host), documents_(documents), prompts_(prompts), results_(results) {}
+
+OutputColumns::~OutputColumns() {
+  if (grid_) grid_->EndStep();
+}
+
+bool OutputColumns::GetOutputColumns(int& columns) {
+  const int wanted = columns;
+  if (documents_.WorkbookCount() == 0) {
+    grid_ = &documents_.NewWorkbook();
+    grid_->BeginStep("New columns");
+    workbook_ = 0;
+    columns = before_ = 0;
+    return true;
+  }
+  for (;;) {
+    const auto rows = prompts_.WorksheetRows();
+    const int picked = prompts_.PickFromList("Worksheet");
+    if (picked == PickedCancel) return false;
+    GridStore* grid = nullptr;
+    if (picked == PickedNew) {
+      grid = &documents_.NewWorkbook();
+      workbook_ = documents_.WorkbookCount() - 1;
+      grid->BeginStep("New columns");
+    } else {
+      const WorksheetRow& row = rows[static_cast<std::size_t>(picked)];
+      documents_.ActivateWorkbook(row.workbook);
+      Workbook& workbook = documents_.WorkbookAt(row.workbook);
+      workbook_ = row.workbook;
+      grid = &workbook;
+      grid->BeginStep("New columns");
+      if (row.sheet == 0) {
+        workbook.Sheet(workbook.AddSheet());
+      } else {
+        workbook.Sheet(row.sheet);
+      }
+    }
+    const int used = grid->LastCol();
+    if (wanted + used >= MaxOutputColumns) {
+      grid->EndStep();
+      const NormalPointerHere pointer(host_);
+      host_.ShowMessage({.text = "The worksheet does not contain enough free columns, please select another.",
+                         .title = OutputTitle,
+                         .style = WarningIcon});
+      continue;
+    }
+    for (int k = 1; k <= wanted; ++k) grid->TextRC(1, used + k, Reserved);
+    grid_ = grid;
+    columns = before_ = used;
+    return true;
+  }
+}
+
+bool OutputColumns::Write(std::span<const OutputColumn> block, int row) {
+  if (!grid_ || block.empty()) return false;
+  std::size_t height = 0;
+  for (const OutputColumn& column : block) height = std::max(height, RowsOf(column));
+  const int firstValueRow = std::max(row, 0) + 1;
+  if (height > static_cast<std::size_t>(GridStore::MaxRows - firstValueRow + 1)) {
+    const NormalPointerHere pointer(host_);
+    host_.ShowMessage({.text = "The worksheet does not contain enough free rows for the result.",
+                       .title = OutputTitle,
+                       .style = WarningIcon});
+    return false;
+  }
+  for (std::size_t k = 0; k < block.size(); ++k) {
+    const OutputColumn& column = block[k];
+    const int target = before_ + static_cast<int>(k) + 1;
+    grid_->TextRC(1, target, "");
+    if (row < 1) {
+      grid_->ColText(target, column.title);
+    } else {
+      grid_->TextRC(row, target, column.title);
+    }
+    int cell = firstValueRow;
+    if (column.texts.empty()) {
+      for (const double value : column.values) {
+        if (value != MissingValue) {
+          grid_->NumberRC(cell++, target, value);
+        } else {
+          grid_->TextRC(cell++, target, "*");
+        }
+      }
+    } else {
+      for (const std::string& text : column.texts) grid_->TextRC(cell++, target, text);
+    }
+    results_.Current().columns.push_back(
+        {documents_.SheetNames(workbook_)[static_cast<std::size_t>(grid_->Sheet() - 1)], column.title, column.values});
+  }
+  results_.Current().delivered = true;
+  const int lastRow = std::max(1, firstValueRow + static_cast<int>(height) - 1);
+  const CellRange written{1, before_ + 1, lastRow, before_ + static_cast<int>(block.size())};
+  grid_->SetColWidthAuto(written, true);
+  grid_->SetSelection(written);
+  return true;
+}
+
+}  // namespace tellurix

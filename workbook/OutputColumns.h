@@ -1,0 +1,50 @@
+// Room for result columns, and the one pattern in which commands write them.
+#pragma once
+
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/Documents.h"
+#include "host/Host.h"
+#include "host/Results.h"
+#include "report/Prompts.h"
+#include "workbook/GridStore.h"
+
+namespace tellurix {
+
+struct OutputColumn {
+  std::string title;           // the command's prefix and the source column's title
+  std::vector<double> values;  // MissingValue is written as "*"
+  std::vector<std::string> texts;  // instead of values where not empty
+};
+
+class OutputColumns {
+ public:
+  OutputColumns(Host& host, Documents& documents, Prompts& prompts, ResultsLog& results);
+  ~OutputColumns();  // closes the undo step that GetOutputColumns opened
+  OutputColumns(const OutputColumns&) = delete;
+  OutputColumns& operator=(const OutputColumns&) = delete;
+
+  // Asks where to write `columns` result columns and reserves them; then `columns` is the number of the column before
+  // the block. False when cancelled. Sheets with 256 or more columns used, the new ones included, are refused.
+  bool GetOutputColumns(int& columns);
+
+  // Writes the columns of the block: the titles in row `row`, or as headings when it is below 1, the values under them.
+  // False, with a message and nothing written, when they do not fit the sheet.
+  bool Write(std::span<const OutputColumn> block, int row);
+
+  GridStore* Grid() const { return grid_; }
+
+ private:
+  Host& host_;
+  Documents& documents_;
+  Prompts& prompts_;
+  ResultsLog& results_;
+  GridStore* grid_ = nullptr;
+  int workbook_ = 0;
+  int before_ = 0;  // the column before the block
+};
+
+}  // namespace tellurix
