@@ -1,0 +1,11 @@
+// The single sample t test: a mean against a given population mean.
+#pragma once
+
+#include "session/Session.h"
+
+namespace tellurix {
+
+// Analysis, Parametric, Single Sample t. Writes m_single.rtf.
+void SingleSampleT(Session& session);
+
+}  // namespace tellurix

@@ -1,0 +1,32 @@
+// The settings file: every key with its default, and the way between it and the session.
+#pragma once
+
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "session/Session.h"
+
+namespace tellurix {
+
+struct SettingKey {
+  std::string section;
+  std::string key;
+  std::string defaultValue;
+};
+
+// Every key of the settings file in its order, with the default that is read where it is missing. Keys whose default
+// depends on the machine (folders) have an empty one here.
+const std::vector<SettingKey>& SettingKeys();
+
+// The value in force of a key of the table, its default included.
+std::string SettingValue(const Settings& settings, std::string_view section, std::string_view key);
+
+// Reads the settings into the session.
+void LoadSettings(Session& session);
+
+// Writes the session's options; kept at once.
+void SaveSettings(Session& session);
+
+}  // namespace tellurix

@@ -1,0 +1,52 @@
+#include "session/Skeleton.h"
+
+namespace tellurix {
+
+void BusyPointer(Session& session) { session.host.SetBusy(true); }
+void NormalPointer(Session& session) { session.host.SetBusy(false); }
+
+void BeginCalculation(Session& session) {
+  session.CalculationRunning = true;
+  session.CancelRequested = false;
+}
+
+void EndCalculation(Session& session) {
+  session.CalculationRunning = false;
+  NormalPointer(session);
+}
+
+Reply ShowMessage(Session& session, std::string_view text, int style, std::string_view title) {
+  const NormalPointerHere pointer(session.host);
+  return session.host.ShowMessage(
+      {.text = std::string(text), .title = std::string(title), .style = style, .helpContext = session.HelpContext});
+}
+
+Report* EnsureReport(Session& session, bool wantsNew) {
+  Documents& documents = session.documents;
+  if (wantsNew || documents.ReportCount() == 0) return &documents.NewReport();
+  if (documents.ReportCount() == 1) return &documents.ReportAt(0);
+  const int picked = session.prompts.PickFromList("Report");
+  if (picked == PickedCancel) return nullptr;
+  if (picked == PickedNew) return &documents.NewReport();
+  documents.ActivateReport(picked);
+  return &documents.ReportAt(picked);
+}
+
+void AfterDataCommand(Session& session) { NormalPointer(session); }
+
+bool ShowProgress(Session& session, std::string_view label, double share) {
+  Progress progress{.share = share};
+  progress.labels.emplace_back(label);
+  if (!session.host.ShowProgress(progress)) session.CancelRequested = true;
+  return !session.CancelRequested;
+}
+
+Poll ProgressPoll(Session& session) {
+  return [&session](std::string_view label, double share) { return ShowProgress(session, label, share); };
+}
+
+void RefuseNonNumericData(Session& session) {
+  ShowMessage(session, "You must select numerical data for this function", WarningIcon, "Worksheet Data Selection");
+}
+
+}  // namespace tellurix

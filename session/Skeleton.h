@@ -1,0 +1,53 @@
+// The steps that every command shares.
+//
+// An analysis: select, ask for options, open its template, begin the calculation, find the report, compute, feed the
+// template in its order, close it, insert the merged text, end the calculation. A false answer of any step leaves the
+// command with the report as it was. A command of the Data menu does the same with new columns for the template.
+#pragma once
+
+#include <string_view>
+
+#include "report/Report.h"
+#include "session/Session.h"
+
+namespace tellurix {
+
+void BusyPointer(Session& session);    // the hourglass
+void NormalPointer(Session& session);  // called before any message box or prompt
+
+// A calculation is running from Begin to End; quitting asks while it does.
+void BeginCalculation(Session& session);
+void EndCalculation(Session& session);
+
+// Begins a calculation and ends it on every way out of the command.
+class Calculation {
+ public:
+  explicit Calculation(Session& session) : session_(session) { BeginCalculation(session); }
+  ~Calculation() { EndCalculation(session_); }
+  Calculation(const Calculation&) = delete;
+  Calculation& operator=(const Calculation&) = delete;
+
+ private:
+  Session& session_;
+};
+
+// A message box with the help number in force; an empty title is the application's.
+Reply ShowMessage(Session& session, std::string_view text, int style = OkOnly, std::string_view title = {});
+
+// The report that gets the result: the only open one, the one picked when there are several, or a new one. Null when
+// cancelled.
+Report* EnsureReport(Session& session, bool wantsNew = false);
+
+// Closes a command of the Data menu.
+void AfterDataCommand(Session& session);
+
+// Progress of a long loop, shown in its dialog with the events pumped; false once the user cancelled.
+bool ShowProgress(Session& session, std::string_view label, double share);
+
+// The same as the poll that long computations take.
+Poll ProgressPoll(Session& session);
+
+// "You must select numerical data for this function".
+void RefuseNonNumericData(Session& session);
+
+}  // namespace tellurix

@@ -1,0 +1,53 @@
+#include "shell/Dispatch.h"
+
+#include <exception>
+#include <new>
+
+#include "session/Skeleton.h"
+
+namespace tellurix {
+
+namespace {
+
+// A failed run is one that ended after a warning without delivering anything.
+RunStatus StatusOf(const RunResult& run, bool threw) {
+  if (threw) return RunStatus::Failed;
+  if (run.delivered) return RunStatus::Done;
+  return run.messages.empty() ? RunStatus::Cancelled : RunStatus::Failed;
+}
+
+void RunOnce(Session& session, const MenuEntry& entry) {
+  session.results.Begin(entry.name, entry.path);
+  bool threw = true;
+  session.data.BeginCommand();
+  try {
+    // Flipping the radios of the selection bar starts the command's selection again in the other manner.
+    do {
+      session.data.SelectionRestart = false;
+      entry.command(session);
+    } while (session.data.SelectionRestart);
+    threw = false;
+  } catch (const std::bad_alloc&) {
+    ShowMessage(session, "Error: not enough memory", ErrorIcon);
+  } catch (const std::exception& error) {
+    ShowMessage(session, std::string("Error: ") + error.what(), ErrorIcon);
+  }
+  session.data.SelectionRestart = false;
+  EndCalculation(session);
+  RunResult& run = session.results.Current();
+  run.status = StatusOf(run, threw);
+}
+
+}  // namespace
+
+RunStatus RunCommand(Session& session, const MenuEntry& entry) {
+  session.HelpContext = entry.helpContext;
+  for (;;) {
+    RunOnce(session, entry);
+    if (!session.data.Batch) break;
+    session.data.ClearGridSelection();
+  }
+  return session.results.Current().status;
+}
+
+}  // namespace tellurix

@@ -1,0 +1,152 @@
+#include "shell/Recorder.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "host/Script.h"
+#include "workbook/Workbook.h"
+
+namespace tellurix {
+
+namespace {
+
+// How a control is named: by caption where it has one that no other control shares, else by id.
+std::string ControlName(const Form& form, const Control& control) {
+  const std::string caption = PlainCaption(control.caption);
+  if (!caption.empty() && form.FindByCaption(caption) == &control) {
+    const auto shared = std::ranges::count_if(form.Controls(), [&](const Control& other) {
+      return other.kind != ControlKind::Label && PlainCaption(other.caption) == caption;
+    });
+    if (shared == 1) return QuotedText(caption);
+  }
+  return "#" + control.id;
+}
+
+std::string SetText(const Form& form, const Control& control, const std::string& value) {
+  if (control.kind == ControlKind::Check || control.kind == ControlKind::Radio) {
+    return fmt::format("set {} {}", ControlName(form, control), control.checked ? "on" : "off");
+  }
+  return fmt::format("set {} {}", ControlName(form, control), ScriptText(value));
+}
+
+}  // namespace
+
+void Recorder::Write(int depth, std::string_view step) {
+  if (recording_) lines_.push_back(std::string(static_cast<std::size_t>(2 * depth), ' ') + std::string(step));
+}
+
+std::string Recorder::Text() const {
+  std::string text;
+  for (const std::string& line : lines_) text += line + "\n";
+  return text;
+}
+
+void Recorder::NoteRun(std::string_view path) { Note("run " + QuotedText(path)); }
+
+void Recorder::NoteSetting(std::string_view section, std::string_view key, std::string_view value) {
+  Note(fmt::format("setting {}.{} {}", section, key, ScriptText(value)));
+}
+
+Reply Recorder::ShowMessage(const Message& message) {
+  const Reply reply = inner_.ShowMessage(message);
+  Write(1, "expect message " + QuotedText(message.text));
+  if (message.Buttons() != OkOnly) {
+    Write(1, reply == Reply::Yes      ? "answer Yes"
+             : reply == Reply::No     ? "answer No"
+             : reply == Reply::Cancel ? "answer Cancel"
+                                      : "answer OK");
+  }
+  return reply;
+}
+
+void Recorder::WriteAction(const Form& form, const FormAction& action, int depth) {
+  const Control* control = form.Find(action.id);
+  switch (action.kind) {
+    case FormAction::Kind::Close: Write(depth, "cancel"); return;
+    case FormAction::Kind::Set:
+      if (control) Write(depth, SetText(form, *control, action.value));
+      return;
+    case FormAction::Kind::Press:
+      if (control) {
+        Write(depth, control->role == ButtonRole::Default ? std::string("press OK") : "press " + ControlName(form, *control));
+      }
+      return;
+    case FormAction::Kind::Focus: Write(depth, "focus #" + action.id); return;
+    case FormAction::Kind::Activate: Write(depth, "activate #" + action.id); return;
+    case FormAction::Kind::Enter: {
+      std::string step = "enter #" + action.id;
+      for (std::size_t row = 0; row < action.cells.size(); ++row) {
+        if (row > 0) step += " /";
+        for (const std::string& cell : action.cells[row]) step += " " + ScriptText(cell);
+      }
+      Write(depth, step);
+    }
+  }
+}
+
+void Recorder::Listen(Form& form, int depth) {
+  form.listener = [this, depth](Form& acted, const FormAction& action) {
+    if (depth == 0 && modelessInUse_ != acted.title) {
+      modelessInUse_ = acted.title;
+      Note("use " + QuotedText(acted.title));
+    }
+    WriteAction(acted, action, depth);
+  };
+}
+
+bool Recorder::RunForm(Form& form) {
+  // The two simplest prompts have words of their own, written when they are answered.
+  if (form.Name() == "InpFrm" || form.Name() == "ListForm") {
+    const bool accepted = inner_.RunForm(form);
+    Write(1, !accepted                  ? std::string("cancel")
+             : form.Name() == "InpFrm" ? "type " + QuotedText(form.ValueOf("Text"))
+                                       : "pick " + QuotedText(form.ValueOf("List")));
+    return accepted;
+  }
+  Listen(form, 1);
+  return inner_.RunForm(form);
+}
+
+void Recorder::ShowForm(std::shared_ptr<Form> form) {
+  Listen(*form, 0);
+  modelessInUse_.clear();
+  inner_.ShowForm(std::move(form));
+}
+
+void Recorder::WriteMarks() {
+  const Workbook* workbook = documents_.ActiveWorkbook();
+  if (!workbook) return;
+  std::string step = "select";
+  for (int i = 0; i < workbook->SelectionCount(); ++i) {
+    const std::string range = RangeText(workbook->GetSelection(i));
+    step += " " + (workbook->SheetCount() == 1 ? range : ScriptText(workbook->SheetName(workbook->Sheet()) + "!" + range));
+  }
+  Write(1, step);
+}
+
+SelectionReply Recorder::WaitForSelection(const SelectionRequest& request) {
+  const SelectionReply reply = inner_.WaitForSelection(request);
+  if (reply.batch != request.batch) Write(1, reply.batch ? "batch on" : "batch off");
+  switch (reply.answer) {
+    case SelectionReply::Answer::Ok: WriteMarks(); break;
+    case SelectionReply::Answer::Cancel: Write(1, "cancel"); break;
+    case SelectionReply::Answer::Restart:
+      Write(1, request.useGroupId ? "groups by column" : "groups by identifier");
+      break;
+  }
+  return reply;
+}
+
+void Recorder::RangeTaken(const SelectionRequest& request) {
+  WriteMarks();
+  inner_.RangeTaken(request);
+}
+
+std::optional<std::string> Recorder::ChooseFile(const FileRequest& request) {
+  auto file = inner_.ChooseFile(request);
+  Write(1, file ? "file " + QuotedText(*file) : std::string("cancel"));
+  return file;
+}
+
+}  // namespace tellurix

@@ -1,0 +1,63 @@
+// Writes down in the script language what is done, for playing it again. It stands between the commands and the host
+// that answers them.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/Documents.h"
+#include "host/Form.h"
+#include "host/Host.h"
+
+namespace tellurix {
+
+class Recorder : public Host {
+ public:
+  Recorder(Host& inner, Documents& documents) : inner_(inner), documents_(documents) {}
+
+  void Start() { recording_ = true; }
+  void Stop() { recording_ = false; }
+  bool IsRecording() const { return recording_; }
+  std::string Text() const;  // the script so far
+
+  // What happens outside of prompts is told by whoever does it.
+  void Note(std::string_view step) { Write(0, step); }
+  void NoteRun(std::string_view path);
+  void NoteSetting(std::string_view section, std::string_view key, std::string_view value);
+
+  // --- Host: passed on, and written down ---
+  Reply ShowMessage(const Message& message) override;
+  bool RunForm(Form& form) override;
+  void ShowForm(std::shared_ptr<Form> form) override;
+  SelectionReply WaitForSelection(const SelectionRequest& request) override;
+  std::optional<std::string> ChooseFile(const FileRequest& request) override;
+  void RangeTaken(const SelectionRequest& request) override;
+
+  // --- Host: passed on ---
+  bool ShowProgress(const Progress& progress) override { return inner_.ShowProgress(progress); }
+  void ShowHelp(int topic) override { inner_.ShowHelp(topic); }
+  bool LeftoverRangeAnswers() const override { return inner_.LeftoverRangeAnswers(); }
+  void SetBusy(bool busy) override { inner_.SetBusy(busy); }
+  bool IsBusy() const override { return inner_.IsBusy(); }
+  void SetCommandsEnabled(bool enabled) override { inner_.SetCommandsEnabled(enabled); }
+  void SetStatus(std::string_view text) override { inner_.SetStatus(text); }
+  void Beep() override { inner_.Beep(); }
+  void SetClipboard(std::string_view text) override { inner_.SetClipboard(text); }
+  std::string Clipboard() override { return inner_.Clipboard(); }
+  bool RunProgram(std::string_view commandLine) override { return inner_.RunProgram(commandLine); }
+
+ private:
+  void Write(int depth, std::string_view step);
+  void Listen(Form& form, int depth);
+  void WriteAction(const Form& form, const FormAction& action, int depth);
+  void WriteMarks();
+
+  Host& inner_;
+  Documents& documents_;
+  bool recording_ = false;
+  std::vector<std::string> lines_;
+  std::string modelessInUse_;  // title of the modeless form that acted last
+};
+
+}  // namespace tellurix
