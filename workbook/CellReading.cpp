@@ -1,6 +1,6 @@
 #include "workbook/CellReading.h"
 
-#include <cmath>
+#include <cstdlib>
 
 #include "numeric/Missing.h"
 #include "numeric/Text.h"
@@ -9,13 +9,12 @@ namespace tellurix {
 
 double GetCellNumber(const GridStore& grid, int row, int column) {
   if (row < 1 || column < 1) return MissingValue;
-  switch (std::abs(grid.TypeRC(row, column))) {
+  const CellView cell = grid.ReadRC(row, column);
+  switch (std::abs(cell.type)) {
     case NumberCell:
-    case LogicalCell: return grid.NumberRC(row, column);
-    case TextCell: {
-      const std::string text = grid.TextRC(row, column);
-      return text == "*" || text == "." || EqualNoCase(text, "MISSING") ? TextMissingValue : MissingValue;
-    }
+    case LogicalCell: return cell.number;
+    case TextCell:
+      return cell.text == "*" || cell.text == "." || EqualNoCase(cell.text, "MISSING") ? TextMissingValue : MissingValue;
     default: return MissingValue;
   }
 }

@@ -51,6 +51,14 @@ class CategoryTable {
 
 bool IsBlankOrStar(const std::string& text) { return text.empty() || text == "*"; }
 
+// A cell as displayed, trimmed; a text without the way through the display form.
+std::string DisplayedText(const GridStore& grid, int row, int column) {
+  const CellView cell = grid.ReadRC(row, column);
+  if (cell.type == EmptyCell) return {};
+  if (cell.type == TextCell) return std::string(Trim(cell.text));
+  return std::string(Trim(grid.FormattedTextRC(row, column)));
+}
+
 }  // namespace
 
 DataSelection::DataSelection(Host& host, Documents& documents, Options& options, ResultsLog& results,
@@ -230,7 +238,7 @@ bool DataSelection::ReadCategories(SelectionMode mode, const std::vector<RawColu
   for (std::size_t k = 0; k < raw.size(); ++k) {
     texts[k].reserve(static_cast<std::size_t>(raw[k].rowCount));
     for (int row = raw[k].firstRow; row < raw[k].firstRow + raw[k].rowCount; ++row) {
-      texts[k].emplace_back(Trim(grid.FormattedTextRC(row, raw[k].column)));
+      texts[k].push_back(DisplayedText(grid, row, raw[k].column));
     }
   }
 
