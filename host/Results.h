@@ -58,7 +58,8 @@ enum class RunStatus { Done, Cancelled, Failed };
 struct RunResult {
   std::string entry;
   std::string path;
-  RunStatus status = RunStatus::Cancelled;
+  RunStatus status = RunStatus::Cancelled;  // once it has ended
+  bool running = true;
   bool delivered = false;  // something reached a report, a sheet or a picture
   std::vector<SelectionResult> selection;
   std::vector<TemplateResult> templates;
@@ -82,6 +83,14 @@ class ResultsLog {
   RunResult& Current() {
     if (runs_.empty()) Begin("", "");
     return runs_.back();
+  }
+
+  // The run that a look from outside means: the newest one, or the one before while that has yet to select anything.
+  const RunResult& Latest() {
+    const RunResult& run = Current();
+    return run.running && run.selection.empty() && run.messages.empty() && !run.delivered && runs_.size() > 1
+               ? runs_[runs_.size() - 2]
+               : run;
   }
 
   const std::vector<RunResult>& Runs() const { return runs_; }

@@ -36,6 +36,7 @@ void RunOnce(Session& session, const MenuEntry& entry) {
   EndCalculation(session);
   RunResult& run = session.results.Current();
   run.status = StatusOf(run, threw);
+  run.running = false;
 }
 
 }  // namespace

@@ -123,7 +123,7 @@ const FieldResult* FindField(const RunResult& run, const FieldName& wanted) {
 
 void CheckField(Session& session, const ScriptStep& step, Comparer& compare, std::string& problem) {
   const std::string& what = step.words[1].text;
-  const FieldResult* field = FindField(session.results.Current(), ReadFieldName(what));
+  const FieldResult* field = FindField(session.results.Latest(), ReadFieldName(what));
   Wanted wanted;
   if (!field) {
     problem = fmt::format("the last run filled no field {}", what);
@@ -156,7 +156,7 @@ void CheckCell(Session& session, const ScriptStep& step, Comparer& compare, std:
 }
 
 void CheckColumn(Session& session, const ScriptStep& step, Comparer& compare, std::string& problem) {
-  const auto& columns = session.results.Current().columns;
+  const auto& columns = session.results.Latest().columns;
   const std::string& title = step.words.size() > 2 ? step.words[2].text : step.words[1].text;
   const auto column = std::ranges::find_if(columns, [&](const auto& c) { return EqualNoCase(c.title, title); });
   Wanted wanted;
@@ -182,7 +182,7 @@ bool CheckExpectation(Session& session, const ScriptStep& step, std::vector<Comp
   Comparer compare(step, comparisons, problem);
   const std::size_t words = step.words.size();
   const std::string kind = words > 1 && !step.words[1].quoted ? step.words[1].text : "";
-  const RunResult& run = session.results.Current();
+  const RunResult& run = session.results.Latest();
   if (kind == "no" && words == 3 && step.words[2].text == "report") {
     compare.Text("report", run.delivered ? "written" : "none", "none", !run.delivered);
   } else if (kind == "text" && words == 3) {
