@@ -70,13 +70,15 @@ f64 Power(f64 x, f64 y, f64 a, f64 b, f64 lambda) {
   return InverseSqrtTwoPi * std::sqrt(a) * std::sqrt(b / r) * std::exp(-exponent - remainders);
 }
 
-// I_x(a, b) over x^a y^b / B(a, b), for x not far above the mean (DiDonato & Morris 1992), by Steed's method.
+// I_x(a, b) over x^a y^b / B(a, b), for x not far above the mean (DiDonato & Morris 1992), by Steed's method. The first
+// denominator may come near 0 there, so it is joined last.
 f64 Fraction(f64 x, f64 y, f64 a, f64 b, f64 lambda) {
   const f64 r = a + b;
+  const f64 first = a / (a + 1) * (lambda + 1);
   f64 perOdd = 1 / (a + 1);  // 1/(a + 2 n + 1)
-  f64 denominator = 1 / (a * perOdd * (lambda + 1));
-  f64 term = denominator;
-  f64 sum = term;
+  f64 denominator = 0;
+  f64 term = 0;
+  f64 sum = 0;
   for (f64 n = 1; n < 20000; n += 1) {
     const f64 perEven = perOdd;
     perOdd = 1 / (a + 2 * n + 1);
@@ -84,11 +86,11 @@ f64 Fraction(f64 x, f64 y, f64 a, f64 b, f64 lambda) {
     const f64 alpha = (a + n - 1) * perEven * ((r + n - 1) * x) * t;
     const f64 beta = n + t + (a + n) * perOdd * (lambda + 1 + n * (1 + y));
     denominator = 1 / (beta + alpha * denominator);
-    term *= beta * denominator - 1;
+    term = n == 1 ? alpha * denominator : term * (beta * denominator - 1);
     sum += term;
-    if (std::fabs(term) < std::fabs(sum) * (Epsilon / 8)) break;
+    if (std::fabs(term) <= std::fabs(first + sum) * (Epsilon / 8)) break;
   }
-  return sum;
+  return 1 / (first + sum);
 }
 
 // The same as Fraction by the power series (DLMF 8.17.7 with 8.17.8), for x far below the mean.
@@ -138,6 +140,14 @@ BetaParts Ordered(f64 x, f64 y, f64 a, f64 b) {
       a *= 0x1p-200;
       b *= 0x1p-200;
     }
+  }
+  // Two vanishing parameters leave nothing but a mass at each end.
+  if (b < 1e-250) return {{b / (a + b), a / (a + b)}, 0};
+  // A vanishing one makes the upper tail proportional to it.
+  constexpr f64 Least = 1e-290;
+  if (a < Least) {
+    const BetaParts parts = Ordered(x, y, Least, b);
+    return {{1, parts.tails.upper * (a / Least)}, parts.power * (a / Least)};
   }
   const f64 lambda = MeanMinus(x, y, a, b);
   const f64 power = Power(x, y, a, b, lambda);

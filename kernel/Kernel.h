@@ -26,7 +26,8 @@ TELLURIX_KERNEL f64 ALNORM(const f64& x);
 TELLURIX_KERNEL f64 GAUINV(const f64& p, i32& ifault);
 
 // The value t of Student's distribution on df degrees of freedom (above 0, fractional allowed) with P(T > t) = p.
-// Meant for p in (0, 0.5], where the result is at least 0.
+// Meant for p in (0, 0.5], where the result is at least 0; above 0.5 it is the negative value of symmetry. Infinite for
+// p = 0 or 1, or beyond the largest double; NaN for an illegal argument.
 TELLURIX_KERNEL f64 TFROMP(const f64& p, const f64& df);
 
 // The regularized incomplete beta function I_x(p, q) for x in [0, 1], p > 0, q > 0; otherwise ifault is not 0.

@@ -11,11 +11,12 @@ namespace {
 // The beta distribution of df/(df + t^2), parameters df/2 and 1/2: its lower tail is P(|T| > t), its upper one
 // P(|T| < t), and its power t times the density of T.
 BetaParts StudentAt(f64 t, f64 df) {
+  df = std::max(df, 1e-300);  // so that df/2 is no subnormal; the tails are 1/2 all the same
   const f64 odds = t * (t / df);
   if (std::isinf(odds)) {
     // t/sqrt(df) above 1e154: only the leading term is left.
     const f64 logTail = -df * (std::log(t) - 0.5 * std::log(df)) - LogBeta(df / 2, 0.5) - std::log(df / 2);
-    const f64 tail = std::exp(logTail);
+    const f64 tail = std::min(std::exp(logTail), 1.0);
     return {{tail, 1 - tail}, tail * (df / 2)};
   }
   return BetaAt(1 / (1 + odds), odds / (1 + odds), df / 2, 0.5);
@@ -79,13 +80,13 @@ f64 TFROMP(const f64& p, const f64& df) {
   const bool central = p > 0.25;
   f64 t = df >= 1 ? HillStart(p, df) : HeavyStart(p, df);
   for (int round = 0; round < 100; ++round) {
-    if (!(t > 0)) t = std::numeric_limits<f64>::min();
-    if (std::isinf(t)) return t;
+    // On a fraction of a degree of freedom t may lie beyond every double.
+    if (!(t < Infinity)) return Infinity;
+    t = std::max(t, std::numeric_limits<f64>::min());
     const BetaParts at = StudentAt(t, df);
-    const f64 density = at.power / t;
     // P(T > t) - p; near the centre by what lies between 0 and t, so that a small t keeps its precision.
     const f64 error = central ? (0.5 - p) - at.tails.upper / 2 : at.tails.lower / 2 - p;
-    const f64 step = error / density;
+    const f64 step = error / at.power * t;  // over the density, which may underflow
     const f64 slope = (df + 1) / (t + df / t);
     const f64 size = std::fabs(step) * (slope + 1 / t);
     if (size < 0.2) {
