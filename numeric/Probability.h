@@ -1,5 +1,6 @@
 // Tail probabilities and critical values as the procedures use them: a missing value goes in and comes out as
-// MissingValue, and so does whatever has no answer (an illegal argument). Small tails keep their full relative precision.
+// MissingValue, and so does whatever has no answer (an illegal argument). Small tails keep their full relative
+// precision.
 #pragma once
 
 #include <cstdint>
@@ -15,8 +16,8 @@ double UpperPFromF(double f, double df1, double df2);
 // P(T > t) of Student's distribution on df > 0 degrees of freedom, fractional allowed, for every t.
 double UpperPFromT(double t, double df);
 
-// The two-sided critical value for a confidence level between 0 and 1: of Student's distribution on df degrees of freedom,
-// of the normal distribution when df is 0. `alpha` is 1 - confidence. A negative df has no critical value.
+// The two-sided critical value for a confidence level between 0 and 1: of Student's distribution on df degrees of
+// freedom, of the normal distribution when df is 0. `alpha` is 1 - confidence. A negative df has no critical value.
 void CriticalValue(std::int32_t df, double& criticalValue, double confidence, double& alpha);
 
 // The smaller of p and 1 - p.

@@ -1,0 +1,61 @@
+// Neither the kernel nor the wrappers over it allocate: the global operator new of this program counts.
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <memory>
+#include <new>
+#include <vector>
+
+#include "kernel/Tails.h"
+#include "numeric/ColumnStats.h"
+#include "numeric/Power.h"
+#include "numeric/Probability.h"
+
+namespace {
+std::atomic<long> allocations{0};
+}  // namespace
+
+void* operator new(std::size_t size) {
+  ++allocations;
+  if (void* memory = std::malloc(size == 0 ? 1 : size)) return memory;
+  throw std::bad_alloc();
+}
+void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+
+namespace tellurix {
+namespace {
+
+TEST(Allocation, CounterCounts) {
+  const long before = allocations;
+  const auto memory = std::make_unique<std::vector<double>>(100);
+  EXPECT_GE(allocations - before, 2) << memory->size();
+}
+
+TEST(Allocation, ProbabilitiesAllocateNothing) {
+  const std::vector<double> column{1, 2, 4, 8};
+  double sum = 0;
+  const long before = allocations;
+  for (double shape = 0.3; shape < 2e5; shape *= 1.7) {
+    for (const double at : {0.02, 0.6, 0.97, 1.03, 1.5, 8.0}) {
+      i32 ifault = 0;
+      const double x = shape * at;
+      const double u = at / (1 + at);
+      sum += ALNORM(at) + GAUINV(u, ifault) + TFROMP(u / 2, shape) + BETAIN(u, shape, 0.5, ifault) +
+             BETAIN(u, shape, 1.1 * shape, ifault) + GAMMAD(x, shape, ifault);
+      sum += kernel::LogGamma(shape) + kernel::LogBeta(shape, at) + kernel::StirlingRemainder(shape);
+      sum += UpperPFromChi(x, shape) + UpperPFromF(at, shape, 7) + UpperPFromT(at, shape) + TwoSidedP(at) + FoldP(u);
+      double critical = 0;
+      double alpha = 0;
+      CriticalValue(static_cast<std::int32_t>(shape), critical, 0.9, alpha);
+      sum += critical + PowerOneSample(0.05, at, 1, 12) + ComputeColumnStats(column).sd;
+    }
+  }
+  EXPECT_EQ(allocations - before, 0);
+  EXPECT_GT(sum, 0);
+}
+
+}  // namespace
+}  // namespace tellurix
