@@ -9,11 +9,11 @@ int main(int argc, char** argv) {
   const int points = argc > 1 ? std::atoi(argv[1]) : 3000;
   std::printf("Relative errors against 50-digit values (which agree with other methods to %.1e)\n\n",
               ReferenceDisagreement());
-  std::printf("%-17s %-44s %6s %9s %9s %9s  %s\n", "function", "region", "points", "worst", "promised", "median",
+  std::printf("%-18s %-46s %6s %9s %9s %9s  %s\n", "function", "region", "points", "worst", "promised", "median",
               "worst at");
   bool kept = true;
   for (const RegionResult& row : MeasureRegions(points)) {
-    std::printf("%-17s %-44s %6d %9.1e %9.0e %9.1e  (%s)\n", row.function.c_str(), row.region.c_str(), row.points,
+    std::printf("%-18s %-46s %6d %9.1e %9.0e %9.1e  (%s)\n", row.function.c_str(), row.region.c_str(), row.points,
                 row.worst, row.worstBound, row.median, row.worstPoint.c_str());
     kept = kept && row.worst <= row.worstBound && (row.medianBound == 0 || row.median <= row.medianBound);
   }

@@ -246,6 +246,35 @@ Region StudentInverseRegion(const std::string& name, double worst, double dfLow,
           }};
 }
 
+Region StudentRegion(Range range, double median, const std::string& name) {
+  return {"StudentTails upper", name, 1e-12, median, [=](Random& random) -> std::optional<Point> {
+            const double df = LogUniform(random, 1, 1e6);
+            const double t = LogUniform(random, 1e-3, range.high == 1 ? 5 : 40);
+            const Real wanted = Student(t, df).first;
+            if (!range.Holds(wanted)) return std::nullopt;
+            return Point{{t, df}, 2, RelativeError(kernel::StudentTails(t, df).upper, wanted)};
+          }};
+}
+
+Region FisherRegion(Range range, double median, const std::string& name) {
+  return {"FTails upper", name, 1e-12, median, [=](Random& random) -> std::optional<Point> {
+            const double df1 = std::ceil(LogUniform(random, 0.5, 1e3));
+            const double df2 = std::ceil(LogUniform(random, 0.5, 1e5));
+            const double f = std::exp(Deviate(random, range) * std::sqrt(2 / df1 + 2 / df2));
+            const Real odds = Real(df1) * f / df2;
+            const Real wanted = Beta(1 / (1 + odds), odds / (1 + odds), Real(df2) / 2, Real(df1) / 2).lower;
+            if (!range.Holds(wanted)) return std::nullopt;
+            return Point{{f, df1, df2}, 3, RelativeError(kernel::FTails(f, df1, df2).upper, wanted)};
+          }};
+}
+
+Region LogGammaRegion(double low, double high, const std::string& name) {
+  return {"LogGamma", name, 1e-14, 1e-15, [=](Random& random) -> std::optional<Point> {
+            const double a = LogUniform(random, low, high);
+            return Point{{a}, 1, RelativeError(kernel::LogGamma(a), LogGamma(Real(a)))};
+          }};
+}
+
 std::vector<Region> Regions() {
   const auto between = [](double low, double high) {
     return [=](Random& random) { return LogUniform(random, low, high); };
@@ -277,6 +306,13 @@ std::vector<Region> Regions() {
       BetaRegion(1e6, false, Tail, 1e-10, 0, "p, q 0.5 to 1e6, result 1e-300 to 1e-5"),
       BetaRegion(1e6, true, Body, 1e-10, 2e-15, "q 0.5, p 0.5 to 1e6, result 1e-5 to 1"),
       BetaRegion(1e6, true, Tail, 1e-10, 0, "q 0.5, p 0.5 to 1e6, result 1e-300 to 1e-5"),
+      StudentRegion(Body, 2e-15, "df 1 to 1e6, result 1e-5 to 0.5"),
+      StudentRegion(Tail, 0, "df 1 to 1e6, result 1e-300 to 1e-5"),
+      FisherRegion(Body, 2e-15, "df1 to 1e3, df2 to 1e5, result 1e-5 to 1"),
+      FisherRegion(Tail, 0, "df1 to 1e3, df2 to 1e5, result 1e-300 to 1e-5"),
+      LogGammaRegion(1e-20, 0.9, "a 1e-20 to 0.9"),
+      LogGammaRegion(0.9, 2.2, "a 0.9 to 2.2"),
+      LogGammaRegion(2.2, 1e10, "a 2.2 to 1e10"),
       StudentInverseRegion("df 1 to 1e6, p 1e-15 to 0.5", 1e-12, 1, 1e6, between(1e-15, 0.5)),
       StudentInverseRegion("df 1 to 1e6, p just below 0.5", 1e-12, 1, 1e6, belowHalf),
       StudentInverseRegion("df 1 to 1e6, p 1e-290 to 1e-15", 1e-12, 1, 1e6, between(1e-290, 1e-15)),
