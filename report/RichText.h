@@ -39,6 +39,8 @@ struct PictureGroup {
   int height = 0;
   int goalWidth = 0;  // picwgoal, pichgoal, twips
   int goalHeight = 0;
+  int scaleX = 100;  // picscalex, picscaley: the picture is shown in so many percent of its goal
+  int scaleY = 100;
   std::string group;  // the whole group "{\pict...}" as read; empty when the fields above alone give it back
 
   bool operator==(const PictureGroup&) const = default;

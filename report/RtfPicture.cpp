@@ -18,8 +18,11 @@ std::string MakeGroup(const PictureGroup& picture) {
   std::string group = "{\\pict";
   if (!picture.kind.empty()) group += '\\';
   group += picture.kind;
-  group += fmt::format("\\picw{}\\pich{}\\picwgoal{}\\pichgoal{} ", picture.width, picture.height, picture.goalWidth,
+  group += fmt::format("\\picw{}\\pich{}\\picwgoal{}\\pichgoal{}", picture.width, picture.height, picture.goalWidth,
                        picture.goalHeight);
+  if (picture.scaleX != 100) group += fmt::format("\\picscalex{}", picture.scaleX);
+  if (picture.scaleY != 100) group += fmt::format("\\picscaley{}", picture.scaleY);
+  group += ' ';
   group.reserve(group.size() + 2 * picture.bytes.size() + 1);
   for (const char c : picture.bytes) {
     const auto byte = static_cast<unsigned char>(c);
@@ -73,6 +76,10 @@ PictureGroup ReadPicture(RtfLexer& lexer, std::string_view bytes, std::size_t st
       picture.goalWidth = token.number;
     } else if (token.text == "pichgoal") {
       picture.goalHeight = token.number;
+    } else if (token.text == "picscalex") {
+      picture.scaleX = token.number;
+    } else if (token.text == "picscaley") {
+      picture.scaleY = token.number;
     } else if (std::find(Kinds.begin(), Kinds.end(), token.text) != Kinds.end()) {
       picture.kind = token.text;
       if (token.hasNumber) picture.kind += std::to_string(token.number);
@@ -123,13 +130,16 @@ std::string PictureText(const PictureGroup& picture) {
 }
 
 std::pair<int, int> PictureSize(const PictureGroup& picture) {
-  if (picture.goalWidth > 0 && picture.goalHeight > 0) return {picture.goalWidth, picture.goalHeight};
   // Pixels are taken as 1/96 inch; metafiles measure in hundredths of a millimetre.
   const bool pixels = picture.kind == "pngblip" || picture.kind == "jpegblip";
   const double unit = pixels ? 1440.0 / 96 : 1440.0 / 2540;
-  const auto length = [&](int own) { return static_cast<int>(std::clamp(own * unit, 0.0, 1e6)); };
-  if (picture.width > 0 && picture.height > 0) return {length(picture.width), length(picture.height)};
-  return {2880, 2160};
+  const auto length = [&](int goal, int own, int scale, double otherwise) {
+    double twips = goal > 0 ? goal : own * unit;
+    if (!(twips > 0)) twips = otherwise;
+    return static_cast<int>(std::clamp(twips * (scale > 0 ? scale / 100.0 : 1.0), 1.0, 1e6));
+  };
+  return {length(picture.goalWidth, picture.width, picture.scaleX, 2880),
+          length(picture.goalHeight, picture.height, picture.scaleY, 2160)};
 }
 
 }  // namespace tellurix

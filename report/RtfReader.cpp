@@ -67,6 +67,7 @@ enum class Word {
   // Tables
   RowDefaults,
   RowGap,
+  Padding,
   RowLeft,
   RowAlign,
   RowHeader,
@@ -166,6 +167,8 @@ const std::unordered_map<std::string_view, Keyword>& Keywords() {
         {"nestrow", {Word::NestedRow}},
         {"trowd", {Word::RowDefaults}},
         {"trgaph", {Word::RowGap}},
+        {"trpaddr", {Word::Padding}},
+        {"clpadr", {Word::Padding}},
         {"trleft", {Word::RowLeft}},
         {"trql", {Word::RowAlign, left}},
         {"trqc", {Word::RowAlign, centre}},
@@ -506,6 +509,7 @@ class RtfReader {
         return SkipGroup();
       case Word::RowDefaults:
       case Word::RowGap:
+      case Word::Padding:
       case Word::RowLeft:
       case Word::RowAlign:
       case Word::RowHeader:
@@ -838,12 +842,16 @@ class RtfReader {
       case Word::RowDefaults:
         row_ = TableRow{};
         row_.cellGap = 0;
+        padding_ = 0;
         cellStates_.clear();
         cellState_ = CellState{};
         border_ = nullptr;
         break;
       case Word::RowGap:
         row_.cellGap = length;
+        break;
+      case Word::Padding:
+        padding_ = std::max(padding_, length);
         break;
       case Word::RowLeft:
         row_.leftEdge = length;
@@ -889,10 +897,12 @@ class RtfReader {
     if (!cell_.empty()) cells_.push_back(std::exchange(cell_, {}));
     if (cells_.empty()) return;
     TableRow row = row_;
+    if (row.cellGap == 0) row.cellGap = padding_;
     row.cells.reserve(cells_.size());
     int edge = row.leftEdge;
     for (std::size_t i = 0; i < cells_.size(); ++i) {
       const bool defined = i < cellStates_.size();
+      if (!defined && !cellStates_.empty() && IsEmpty(cells_[i])) continue;  // some writers end a cell too many
       const CellState state = defined ? cellStates_[i] : CellState{};
       edge = defined ? state.rightEdge : std::min(edge + DefaultCellWidth, MaxLength);
       if (state.merged && !row.cells.empty()) {
@@ -1131,7 +1141,8 @@ class RtfReader {
   std::vector<Paragraph> cell_;                // paragraphs of the cell under way
   std::vector<std::vector<Paragraph>> cells_;  // of the row under way
   Table table_;
-  TableRow row_;  // properties
+  TableRow row_;     // properties
+  int padding_ = 0;  // at the right of the cells; newer writers give it in place of the gap
   std::vector<CellState> cellStates_;
   CellState cellState_;
   BorderState* border_ = nullptr;  // that of the last border word
