@@ -363,6 +363,20 @@ struct CellState {
   }
 };
 
+// The character that a control symbol stands for; 0 if none.
+char32_t SymbolWord(char symbol) {
+  switch (symbol) {
+    case '~':
+      return 0xA0;
+    case '-':
+      return 0xAD;
+    case '_':
+      return 0x2011;
+    default:
+      return 0;
+  }
+}
+
 // One of the control characters U+0080 to U+009F; byte code pages leave them unassigned, UTF-8 has them.
 bool IsControl(std::string_view character) {
   return character.size() == 2 && character[0] == '\xC2' && static_cast<unsigned char>(character[1]) < 0xA0;
@@ -446,18 +460,9 @@ class RtfReader {
   }
 
   bool Symbol(char symbol) {
-    switch (symbol) {
-      case '~':
-        return Character(0xA0);
-      case '-':
-        return Character(0xAD);
-      case '_':
-        return Character(0x2011);
-      case '*':
-        return Destination();
-      default:
-        return true;
-    }
+    if (symbol == '*') return Destination();
+    const char32_t character = SymbolWord(symbol);
+    return character == 0 || Character(character);
   }
 
   // Behind "\*": only destinations that are known are read.
@@ -968,16 +973,18 @@ class RtfReader {
       font = FontEntry{};
       named = false;
     };
+    const auto add = [&](std::string_view character) {
+      if (font.name.size() < MaxFontName && character.size() < 4 && !IsControl(character)) font.name += character;
+      named = true;
+    };
     const auto byte = [&](unsigned char c) {
       if (skip > 0) {
         --skip;
       } else if (c == ';') {
         store();
-      } else if (c >= 0x20 && c != 0x7F && font.name.size() < MaxFontName) {
+      } else if (c >= 0x20 && c != 0x7F) {
         const int page = font.codePage >= 0 && font.codePage != SymbolCodePage ? font.codePage : codePage_;
-        const std::string text = decoder.Decode(c, page);
-        if (text.size() < 4 && !IsControl(text)) font.name += text;
-        named = true;
+        add(decoder.Decode(c, page));
       }
     };
     formatChanged_ = true;
@@ -1006,6 +1013,8 @@ class RtfReader {
           if (token.text == "*") {
             if (!lexer_.SkipGroup()) return false;
             if (depth-- == 0) return true;
+          } else if (const char32_t character = SymbolWord(token.text.front()); character != 0) {
+            add(EncodeUtf8(character));
           }
           break;
         case Kind::Word:
@@ -1018,10 +1027,7 @@ class RtfReader {
             font.codePage = token.number > 0 ? token.number : -1;
           } else if (token.text == "u" && token.hasNumber) {
             const int codePoint = token.number < 0 ? token.number + 65536 : token.number;
-            if (codePoint >= 0xA0 && codePoint < 0x10000 && font.name.size() < MaxFontName) {
-              font.name += EncodeUtf8(static_cast<char32_t>(codePoint));
-              named = true;
-            }
+            if (codePoint >= 0xA0 && codePoint < 0x10000) add(EncodeUtf8(static_cast<char32_t>(codePoint)));
             skip = state_.unicodeSkip;
           }
           break;
