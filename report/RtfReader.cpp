@@ -563,6 +563,7 @@ class RtfReader {
         break;
       case Word::TableEnd:
         CloseTable();
+        partsTables_ = true;
         return SkipGroup();
       case Word::Skip:
         return SkipGroup();
@@ -822,6 +823,7 @@ class RtfReader {
       cell_.push_back(TakeParagraph());
     } else {
       Paragraph paragraph = TakeParagraph();
+      if (std::exchange(partsTables_, false) && paragraph.runs.empty()) return;
       CloseTable();
       document_.blocks.emplace_back(std::move(paragraph));
     }
@@ -835,6 +837,7 @@ class RtfReader {
   }
 
   void EndCell() {
+    partsTables_ = false;
     Paragraph last = TakeParagraph();
     if (!afterNestedRow_ || cell_.empty() || !last.runs.empty()) cell_.push_back(std::move(last));
     afterNestedRow_ = false;
@@ -1154,6 +1157,7 @@ class RtfReader {
   BorderState* border_ = nullptr;  // that of the last border word
   bool nestedCellEnded_ = false;   // a tab is due before the next text
   bool afterNestedRow_ = false;
+  bool partsTables_ = false;  // an empty paragraph now does nothing but part two tables
 };
 
 }  // namespace

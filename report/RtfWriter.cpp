@@ -93,7 +93,8 @@ class RtfWriter {
     bool afterTable = false;
     for (const auto& block : document.blocks) {
       if (const auto* table = std::get_if<Table>(&block)) {
-        if (afterTable) out_ += "{\\*\\tableend}\n";  // or two tables would be read as one
+        // Without a paragraph between them two tables would be one. The reader knows this one by the mark before it.
+        if (afterTable) out_ += "{\\*\\tableend}\\pard\\plain\\fs8\\par\n";
         for (const auto& row : table->rows) WriteRow(row);
         afterTable = true;
       } else {
