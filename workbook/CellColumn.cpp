@@ -118,6 +118,16 @@ int CellColumn::LastRow() const {
   return static_cast<int>((segments_.size() - 1) * SegmentRows + used);
 }
 
+bool CellColumn::IsEmpty(int firstRow, int lastRow) const {
+  lastRow = std::min(lastRow, LastRow());
+  while (firstRow <= lastRow) {
+    const Cursor& at = Seek(firstRow);
+    if (at.kind != mtv::element_type_empty) return false;
+    firstRow = at.first + at.count + 1;
+  }
+  return true;
+}
+
 void CellColumn::Set(int row, const CellValue& value) {
   if (value.formula) {
     Set(row, value.formula);

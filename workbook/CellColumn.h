@@ -78,6 +78,7 @@ class CellColumn {
   const Formula* FormulaAt(int row) const;  // null when there is none
   int LastRow() const;                      // 0 when empty; constant time
   bool IsEmpty() const { return segments_.empty(); }
+  bool IsEmpty(int firstRow, int lastRow) const;
 
   // --- writing; the row fits the sheet ---
   void Set(int row, double value) { Put(row, value, mdds::mtv::element_type_double); }

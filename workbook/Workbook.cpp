@@ -781,9 +781,8 @@ bool Workbook::InsertCells(const CellRange& range, Shift shift) {
     return true;
   }
   for (int column = std::max(range.firstColumn, MaxColumns - columns + 1); column <= lastColumn; ++column) {
-    CellColumn lost;
-    if (const CellColumn* cells = Active().Find(column)) lost.CopyCells(*cells, range.firstRow, rows, range.firstRow);
-    if (!lost.IsEmpty()) return false;
+    const CellColumn* cells = Active().Find(column);
+    if (cells && !cells->IsEmpty(range.firstRow, range.lastRow)) return false;
   }
   const AutoStep step(*this, "Insert cells");
   CopyBlock({range.firstRow, range.firstColumn, range.lastRow, MaxColumns - columns}, range.firstRow,
@@ -823,7 +822,8 @@ bool Workbook::CopyBlock(const CellRange& from, int toRow, int toColumn) {
   for (int i = 0; i < used; ++i) {
     const ColumnRef old = Active().Held(toColumn + i);
     const ColumnRef& source = sources[static_cast<std::size_t>(i)];
-    if (!old && !source) continue;
+    const bool nothingThere = !old || old->IsEmpty(toRow, toRow + rows - 1);
+    if (nothingThere && (!source || source->IsEmpty(from.firstRow, from.lastRow))) continue;
     auto made = old ? std::make_shared<CellColumn>(*old) : std::make_shared<CellColumn>();
     made->CopyCells(source ? *source : nothing, from.firstRow, rows, toRow);
     Replace(toColumn + i, std::move(made));
