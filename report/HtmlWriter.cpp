@@ -261,7 +261,7 @@ class HtmlWriter {
     out_ += "></span>";
   }
 
-  const CharFormat standard_;
+  const CharFormat standard_{};
   const PictureToSvg& toSvg_;
   std::string& out_;
 };

@@ -140,7 +140,7 @@ class RtfDecoder::Page {
   }
 
  private:
-  bool IsOpen() const { return converter_ != reinterpret_cast<iconv_t>(-1); }
+  bool IsOpen() const { return converter_ != reinterpret_cast<iconv_t>(-1); }  // NOLINT(performance-no-int-to-ptr)
 
   iconv_t converter_;
   bool longCharacters_;

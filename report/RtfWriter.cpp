@@ -259,7 +259,7 @@ class RtfWriter {
     Word("brdrw", width);
   }
 
-  const CharFormat standard_;
+  const CharFormat standard_{};
   std::string out_;
   std::vector<std::string> fonts_;
   std::unordered_map<std::string, int> fontNumbers_;

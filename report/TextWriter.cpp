@@ -121,7 +121,8 @@ class TextTable {
       const std::size_t width = Width(place);
       auto& lines = cells_[row][cell];
       lines = LayOutCell(table_.rows[row].cells[cell], std::max(width, MaxColumnWidth));
-      if (lines.width > width) widths_[static_cast<std::size_t>(place.column + place.span - 1)] += lines.width - width;
+      const std::size_t last = static_cast<std::size_t>(place.column) + static_cast<std::size_t>(place.span) - 1;
+      if (lines.width > width) widths_[last] += lines.width - width;
     });
     starts_.push_back(0);
     for (const std::size_t width : widths_) starts_.push_back(starts_.back() + width + ColumnGap);
@@ -143,7 +144,7 @@ class TextTable {
   }
 
   std::size_t Width(const TableGrid::Place& place) const {
-    std::size_t width = ColumnGap * static_cast<std::size_t>(place.span - 1);
+    std::size_t width = ColumnGap * (static_cast<std::size_t>(place.span) - 1);
     for (int k = place.column; k < place.column + place.span; ++k) width += widths_[static_cast<std::size_t>(k)];
     return width;
   }
@@ -157,7 +158,8 @@ class TextTable {
         const auto& place = grid_.rows[of][cell];
         const std::size_t from = starts_[static_cast<std::size_t>(place.column)];
         const bool goesOn = cell + 1 < grid_.rows[of].size() && table_.rows[of].cells[cell + 1].borders.*side > 0;
-        const std::size_t to = starts_[static_cast<std::size_t>(place.column + place.span)] - (goesOn ? 0 : ColumnGap);
+        const std::size_t behind = static_cast<std::size_t>(place.column) + static_cast<std::size_t>(place.span);
+        const std::size_t to = starts_[behind] - (goesOn ? 0 : ColumnGap);
         if (rule.size() < to) rule.resize(to, ' ');
         std::fill(rule.begin() + static_cast<std::ptrdiff_t>(from), rule.begin() + static_cast<std::ptrdiff_t>(to),
                   '-');

@@ -1,5 +1,5 @@
-// The reader against hand-written documents; what they should show follows the RTF Specification 1.9.1 and the
-// published code page charts.
+// The reader against hand-written documents; what they should show follows the published description of Rich Text
+// Format 1.9.1 and the published code page charts.
 #include <gtest/gtest.h>
 
 #include <chrono>
