@@ -207,15 +207,24 @@ Region BetaRegion(double most, bool half, Range range, double worst, double medi
           }};
 }
 
+// Shapes that vanish, where the upper tail does so too.
+Region SmallShapeRegion(const std::string& name) {
+  return {"GammaTails upper", name, 5e-14, 5e-16, [=](Random& random) -> std::optional<Point> {
+            const double a = LogUniform(random, 1e-8, 0.5);
+            const double x = LogUniform(random, 1e-10, 30);
+            return Point{{x, a}, 2, RelativeError(kernel::GammaTails(a, x).upper, Gamma(a, x).upper)};
+          }};
+}
+
 Region NormalRegion(double low, double high, const std::string& name) {
-  return {"ALNORM", name, 1e-14, 0, [=](Random& random) -> std::optional<Point> {
+  return {"ALNORM", name, 3e-15, 3e-16, [=](Random& random) -> std::optional<Point> {
             const double x = Uniform(random, low, high);
             return Point{{x}, 1, RelativeError(ALNORM(x), Normal(x).lower)};
           }};
 }
 
 Region NormalInverseRegion(const std::string& name, std::function<double(Random&)> drawP) {
-  return {"GAUINV", name, 1e-14, 0, [=](Random& random) -> std::optional<Point> {
+  return {"GAUINV", name, 3e-15, 5e-16, [=](Random& random) -> std::optional<Point> {
             const double p = drawP(random);
             if (!(p > 0 && p < 1) || p == 0.5) return std::nullopt;
             i32 ifault = 0;
@@ -232,7 +241,7 @@ Region NormalInverseRegion(const std::string& name, std::function<double(Random&
 
 Region StudentInverseRegion(const std::string& name, double worst, double dfLow, double dfHigh,
                             std::function<double(Random&)> drawP) {
-  return {"TFROMP", name, worst, 0, [=](Random& random) -> std::optional<Point> {
+  return {"TFROMP", name, worst, dfLow < 1 ? 5e-15 : 5e-16, [=](Random& random) -> std::optional<Point> {
             const double df = LogUniform(random, dfLow, dfHigh);
             const double p = drawP(random);
             const double t = TFROMP(p, df);
@@ -247,7 +256,8 @@ Region StudentInverseRegion(const std::string& name, double worst, double dfLow,
 }
 
 Region StudentRegion(Range range, double median, const std::string& name) {
-  return {"StudentTails upper", name, 1e-12, median, [=](Random& random) -> std::optional<Point> {
+  return {"StudentTails upper", name, range.high == 1 ? 5e-14 : 1e-12, median,
+          [=](Random& random) -> std::optional<Point> {
             const double df = LogUniform(random, 1, 1e6);
             const double t = LogUniform(random, 1e-3, range.high == 1 ? 5 : 40);
             const Real wanted = Student(t, df).first;
@@ -257,7 +267,7 @@ Region StudentRegion(Range range, double median, const std::string& name) {
 }
 
 Region FisherRegion(Range range, double median, const std::string& name) {
-  return {"FTails upper", name, 1e-12, median, [=](Random& random) -> std::optional<Point> {
+  return {"FTails upper", name, range.high == 1 ? 1e-13 : 2e-12, median, [=](Random& random) -> std::optional<Point> {
             const double df1 = std::ceil(LogUniform(random, 0.5, 1e3));
             const double df2 = std::ceil(LogUniform(random, 0.5, 1e5));
             const double f = std::exp(Deviate(random, range) * std::sqrt(2 / df1 + 2 / df2));
@@ -269,7 +279,7 @@ Region FisherRegion(Range range, double median, const std::string& name) {
 }
 
 Region LogGammaRegion(double low, double high, const std::string& name) {
-  return {"LogGamma", name, 1e-14, 1e-15, [=](Random& random) -> std::optional<Point> {
+  return {"LogGamma", name, 1e-14, 5e-16, [=](Random& random) -> std::optional<Point> {
             const double a = LogUniform(random, low, high);
             return Point{{a}, 1, RelativeError(kernel::LogGamma(a), LogGamma(Real(a)))};
           }};
@@ -292,30 +302,31 @@ std::vector<Region> Regions() {
       NormalInverseRegion("p 1e-300 to 0.5", between(1e-300, 0.5)),
       NormalInverseRegion("p around 0.5", aroundHalf),
       NormalInverseRegion("p 0.9 to 1 - 1e-16", near1),
-      GammaRegion(false, 1e3, Body, 1e-12, 2e-15, "p 0.5 to 1e3, result 1e-5 to 1"),
-      GammaRegion(false, 1e3, Tail, 1e-12, 0, "p 0.5 to 1e3, result 1e-300 to 1e-5"),
-      GammaRegion(false, 1e6, Body, 1e-10, 2e-15, "p 0.5 to 1e6, result 1e-5 to 1"),
-      GammaRegion(false, 1e6, Tail, 1e-10, 0, "p 0.5 to 1e6, result 1e-300 to 1e-5"),
-      GammaRegion(true, 1e3, Body, 1e-12, 2e-15, "a 0.5 to 1e3, result 1e-5 to 1"),
-      GammaRegion(true, 1e3, Tail, 1e-12, 0, "a 0.5 to 1e3, result 1e-300 to 1e-5"),
-      GammaRegion(true, 1e6, Body, 1e-10, 2e-15, "a 0.5 to 1e6, result 1e-5 to 1"),
-      GammaRegion(true, 1e6, Tail, 1e-10, 0, "a 0.5 to 1e6, result 1e-300 to 1e-5"),
-      BetaRegion(1e3, false, Body, 1e-12, 2e-15, "p, q 0.5 to 1e3, result 1e-5 to 1"),
-      BetaRegion(1e3, false, Tail, 1e-12, 0, "p, q 0.5 to 1e3, result 1e-300 to 1e-5"),
-      BetaRegion(1e6, false, Body, 1e-10, 2e-15, "p, q 0.5 to 1e6, result 1e-5 to 1"),
-      BetaRegion(1e6, false, Tail, 1e-10, 0, "p, q 0.5 to 1e6, result 1e-300 to 1e-5"),
-      BetaRegion(1e6, true, Body, 1e-10, 2e-15, "q 0.5, p 0.5 to 1e6, result 1e-5 to 1"),
-      BetaRegion(1e6, true, Tail, 1e-10, 0, "q 0.5, p 0.5 to 1e6, result 1e-300 to 1e-5"),
-      StudentRegion(Body, 2e-15, "df 1 to 1e6, result 1e-5 to 0.5"),
-      StudentRegion(Tail, 0, "df 1 to 1e6, result 1e-300 to 1e-5"),
-      FisherRegion(Body, 2e-15, "df1 to 1e3, df2 to 1e5, result 1e-5 to 1"),
-      FisherRegion(Tail, 0, "df1 to 1e3, df2 to 1e5, result 1e-300 to 1e-5"),
+      GammaRegion(false, 1e3, Body, 5e-14, 5e-16, "p 0.5 to 1e3, result 1e-5 to 1"),
+      GammaRegion(false, 1e3, Tail, 1e-12, 5e-14, "p 0.5 to 1e3, result 1e-300 to 1e-5"),
+      GammaRegion(false, 1e6, Body, 5e-14, 5e-16, "p 0.5 to 1e6, result 1e-5 to 1"),
+      GammaRegion(false, 1e6, Tail, 2e-12, 5e-14, "p 0.5 to 1e6, result 1e-300 to 1e-5"),
+      GammaRegion(true, 1e3, Body, 5e-14, 5e-16, "a 0.5 to 1e3, result 1e-5 to 1"),
+      GammaRegion(true, 1e3, Tail, 1e-12, 5e-14, "a 0.5 to 1e3, result 1e-300 to 1e-5"),
+      GammaRegion(true, 1e6, Body, 5e-14, 5e-16, "a 0.5 to 1e6, result 1e-5 to 1"),
+      GammaRegion(true, 1e6, Tail, 2e-12, 5e-14, "a 0.5 to 1e6, result 1e-300 to 1e-5"),
+      SmallShapeRegion("a 1e-8 to 0.5, x 1e-10 to 30"),
+      BetaRegion(1e3, false, Body, 5e-14, 5e-16, "p, q 0.5 to 1e3, result 1e-5 to 1"),
+      BetaRegion(1e3, false, Tail, 1e-12, 5e-14, "p, q 0.5 to 1e3, result 1e-300 to 1e-5"),
+      BetaRegion(1e6, false, Body, 5e-14, 5e-16, "p, q 0.5 to 1e6, result 1e-5 to 1"),
+      BetaRegion(1e6, false, Tail, 2e-12, 5e-14, "p, q 0.5 to 1e6, result 1e-300 to 1e-5"),
+      BetaRegion(1e6, true, Body, 5e-14, 5e-16, "q 0.5, p 0.5 to 1e6, result 1e-5 to 1"),
+      BetaRegion(1e6, true, Tail, 2e-12, 5e-14, "q 0.5, p 0.5 to 1e6, result 1e-300 to 1e-5"),
+      StudentRegion(Body, 5e-16, "df 1 to 1e6, result 1e-5 to 0.5"),
+      StudentRegion(Tail, 5e-14, "df 1 to 1e6, result 1e-300 to 1e-5"),
+      FisherRegion(Body, 5e-16, "df1 to 1e3, df2 to 1e5, result 1e-5 to 1"),
+      FisherRegion(Tail, 5e-14, "df1 to 1e3, df2 to 1e5, result 1e-300 to 1e-5"),
       LogGammaRegion(1e-20, 0.9, "a 1e-20 to 0.9"),
       LogGammaRegion(0.9, 2.2, "a 0.9 to 2.2"),
       LogGammaRegion(2.2, 1e10, "a 2.2 to 1e10"),
-      StudentInverseRegion("df 1 to 1e6, p 1e-15 to 0.5", 1e-12, 1, 1e6, between(1e-15, 0.5)),
-      StudentInverseRegion("df 1 to 1e6, p just below 0.5", 1e-12, 1, 1e6, belowHalf),
-      StudentInverseRegion("df 1 to 1e6, p 1e-290 to 1e-15", 1e-12, 1, 1e6, between(1e-290, 1e-15)),
+      StudentInverseRegion("df 1 to 1e6, p 1e-15 to 0.5", 3e-14, 1, 1e6, between(1e-15, 0.5)),
+      StudentInverseRegion("df 1 to 1e6, p just below 0.5", 3e-14, 1, 1e6, belowHalf),
+      StudentInverseRegion("df 1 to 1e6, p 1e-290 to 1e-15", 3e-14, 1, 1e6, between(1e-290, 1e-15)),
       StudentInverseRegion("df 0.05 to 1, p 1e-15 to 0.5", 1e-12, 0.05, 1, between(1e-15, 0.5)),
   };
 }
