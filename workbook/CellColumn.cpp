@@ -229,7 +229,9 @@ void CellColumn::ClearPart(std::size_t segment, int first, int count) {
 
 void CellColumn::CopyPart(const Segment& source, int from, std::size_t segment, int to, int count) {
   Segment& own = Own(segment);
-  auto [block, within] = source.cells.position(Unsigned(from));
+  const auto start = source.cells.position(Unsigned(from));
+  auto block = start.first;
+  std::size_t within = start.second;
   std::size_t at = Unsigned(to);
   for (std::size_t left = Unsigned(count); left > 0; ++block, within = 0) {
     const std::size_t part = std::min(left, block->size - within);

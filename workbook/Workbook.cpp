@@ -561,7 +561,7 @@ bool Workbook::IsError(int row, int column) const {
 }
 
 bool Workbook::SetColumnNumbers(int column, int firstRow, std::span<const double> values) {
-  if (!Fits(firstRow, column) || values.size() > static_cast<std::size_t>(MaxRows - firstRow + 1)) return false;
+  if (!Fits(firstRow, column) || values.size() > MaxRows - Index(firstRow)) return false;
   if (values.empty()) return true;
   const AutoStep step(*this, "Fill");
   CellColumn& cells = ForMany(column);
@@ -579,7 +579,7 @@ bool Workbook::SetColumnNumbers(int column, int firstRow, std::span<const double
 }
 
 bool Workbook::SetColumnTexts(int column, int firstRow, std::span<const std::string> texts) {
-  if (!Fits(firstRow, column) || texts.size() > static_cast<std::size_t>(MaxRows - firstRow + 1)) return false;
+  if (!Fits(firstRow, column) || texts.size() > MaxRows - Index(firstRow)) return false;
   if (texts.empty()) return true;
   const AutoStep step(*this, "Fill");
   CellColumn& cells = ForMany(column);
@@ -817,6 +817,7 @@ bool Workbook::CopyBlock(const CellRange& from, int toRow, int toColumn) {
   const int lastColumn = LastCol();
   const int used = std::min(columns, std::max(lastColumn - from.firstColumn, lastColumn - toColumn) + 1);
   std::vector<ColumnRef> sources;
+  if (used > 0) sources.reserve(static_cast<std::size_t>(used));
   for (int i = 0; i < used; ++i) sources.push_back(Active().Held(from.firstColumn + i));
   static const CellColumn nothing;
   for (int i = 0; i < used; ++i) {

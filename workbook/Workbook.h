@@ -4,8 +4,8 @@
 // Undo. What happens between BeginStep and EndStep is one step; a change outside is a step of its own. Of a column the
 // first few cells written in a step are kept one by one, after that the column as it stood; columns share their
 // unchanged parts with what is kept. The history holds HistorySteps steps at most, and no more than HistoryBytes of
-// former contents (estimated; the newest step always stays): the oldest steps go first. Selection, active cell and the
-// choice of the active sheet are no changes.
+// former contents (estimated; the newest step always stays): the oldest steps go first. What was undone
+// can be redone until the next change. Selection, active cell and the choice of the active sheet are no changes.
 #pragma once
 
 #include <cstddef>
