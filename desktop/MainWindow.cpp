@@ -1,0 +1,7 @@
+#include "desktop/MainWindow.h"
+
+namespace tellurix {
+
+MainWindow::MainWindow() { setWindowTitle("Tellurix"); }
+
+}  // namespace tellurix
