@@ -176,6 +176,7 @@ class HtmlWriter {
           WriteRuns(paragraph);
         } else {
           WriteBlock(paragraph);
+          out_.pop_back();  // cells keep white space: a line break behind the paragraph would show
         }
       }
       out_ += "</";
