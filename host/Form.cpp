@@ -12,11 +12,17 @@ bool MeansOn(std::string_view value) {
   return value == "-1" || value == "1" || EqualNoCase(value, "on") || EqualNoCase(value, "yes") || EqualNoCase(value, "true");
 }
 
-// For comparing: no access key, no trailing colon, no blanks around.
+// For comparing: no trailing colon, no blanks around.
 std::string CaptionKey(std::string_view caption) {
-  std::string plain = PlainCaption(Trim(caption));
-  if (!plain.empty() && plain.back() == ':') plain.pop_back();
-  return FoldCase(Trim(plain));
+  caption = Trim(caption);
+  if (caption.ends_with(':')) caption.remove_suffix(1);
+  return FoldCase(Trim(caption));
+}
+
+// Whether the words name the caption, written plain ("Men & women") or with its access key ("&Men && women").
+bool Names(std::string_view words, std::string_view caption) {
+  const std::string plain = CaptionKey(PlainCaption(caption));
+  return CaptionKey(words) == plain || CaptionKey(PlainCaption(words)) == plain;
 }
 
 }  // namespace
@@ -110,6 +116,7 @@ bool Form::Set(std::string_view id, std::string_view value) {
     }
     case ControlKind::Check: control->checked = MeansOn(value); break;
     case ControlKind::Radio:
+      if (control->checked && !MeansOn(value)) return false;  // only another one of its group takes its mark away
       control->checked = MeansOn(value);
       if (control->checked) {
         for (Control& other : controls_) {
@@ -173,6 +180,7 @@ bool Form::Activate(std::string_view id) {
 }
 
 bool Form::Close() {
+  if (!open_) return true;  // it has its answer
   Tell(FormAction::Kind::Close, {});
   if (onClose && !onClose()) return false;
   Finish(false);
@@ -192,11 +200,10 @@ Control* Form::Usable(std::string_view id) {
 }
 
 const Control* Form::FindByCaption(std::string_view caption, std::string_view group) const {
-  const std::string wanted = CaptionKey(caption);
   for (const Control& control : controls_) {
     if (control.kind == ControlKind::Label || !control.visible) continue;
-    if (!group.empty() && CaptionKey(control.group) != CaptionKey(group)) continue;
-    if (CaptionKey(control.caption) == wanted) return &control;
+    if (!group.empty() && !Names(group, control.group)) continue;
+    if (Names(caption, control.caption)) return &control;
   }
   return nullptr;
 }

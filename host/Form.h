@@ -74,12 +74,13 @@ class Form {
   void Finish(bool accepted);  // closes it with this answer
 
   // --- acted on by a person, a script or a test; false when there is no such control or it is disabled or hidden ---
-  bool Set(std::string_view id, std::string_view value);  // check and radio: "-1", "on", "yes", "true" or their opposites
+  // Check and radio: "-1", "on", "yes", "true" or their opposites; a radio that is set is put off only by another one.
+  bool Set(std::string_view id, std::string_view value);
   bool Enter(std::string_view id, std::vector<std::vector<std::string>> cells);  // fills a grid from its first row
   bool Press(std::string_view id);
   bool Focus(std::string_view id);
   bool Activate(std::string_view id);
-  bool Close();  // the cancel: false when vetoed
+  bool Close();  // the cancel: false when vetoed; nothing for a form that is closed
 
   // --- looked up ---
   const std::vector<Control>& Controls() const { return controls_; }

@@ -66,10 +66,14 @@ TemplateMerge::TemplateMerge(Host& host, ResultsLog& results, std::filesystem::p
 bool TemplateMerge::OpenTemplate(std::string_view name) {
   TemplateText.clear();
   ReportText.clear();
-  std::ifstream in(folder_ / name, std::ios::binary);
+  const std::filesystem::path path = folder_ / name;
   std::string bytes;
-  if (in) bytes.assign(std::istreambuf_iterator<char>(in), {});
-  if (!in.good() && !in.eof()) bytes.clear();
+  std::error_code none;
+  if (std::filesystem::is_regular_file(path, none)) {
+    std::ifstream in(path, std::ios::binary);
+    if (in) bytes.assign(std::istreambuf_iterator<char>(in), {});
+    if (!in.good() && !in.eof()) bytes.clear();
+  }
   const std::string_view body = ThroughClosingBrace(bytes);
   if (body.empty()) {
     host_.SetBusy(false);

@@ -23,12 +23,12 @@ std::string GetCellLabel(const GridStore& grid, int row, int column) {
   if (row < 0 || column < 0) return {};
   std::string label;
   if (row == 0) {
-    label = grid.ColText(column);
+    label = Trim(grid.ColText(column));
     if (label.empty()) label = ColumnLetters(column);
   } else if (column > 0) {
     label = grid.FormattedTextRC(row, column);
   } else {
-    label = grid.RowText(row);
+    label = Trim(grid.RowText(row));
     if (label.empty()) label = std::to_string(row);
   }
   return std::string(Trim(label));

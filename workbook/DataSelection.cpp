@@ -41,7 +41,7 @@ class CategoryTable {
       ++info_.CategoryCount;
     }
     ++info_.CategoryFreq[place->second];
-    return text == MissingCategory ? MissingValue : static_cast<double>(place->second + 1);
+    return EqualNoCase(text, MissingCategory) ? MissingValue : static_cast<double>(place->second + 1);
   }
 
  private:
@@ -128,7 +128,10 @@ bool DataSelection::SelectRange(int minColumns, int maxColumns, std::string_view
       }
       CheckColumnCount(minColumns, maxColumns, count, "Tellurix Data Selection");
     }
-    if (!WaitForSelection(request)) return false;
+    if (!WaitForSelection(request)) {
+      host_.SetBusy(false);
+      return false;
+    }
   }
 }
 
@@ -330,7 +333,6 @@ bool DataSelection::SelectWorksheetData(SelectionMode mode, int minColumns, int 
   }
   host_.SetBusy(false);
   UpdateCounts();
-  MinCount = std::min(MinCount, height);
   if (accepted) LogSelection(raw);
   return accepted;
 }
@@ -425,7 +427,8 @@ bool DataSelection::SelectIdentifier(int minGroups, int maxGroups, int equalSize
     identifier.codes = DataMatrix.front();
     // The missing category is no group; the codes behind it move up.
     ColumnDescriptor& info = identifier.info;
-    const auto missing = std::ranges::find(info.CategoryName, MissingCategory);
+    const auto missing = std::ranges::find_if(
+        info.CategoryName, [](const std::string& category) { return EqualNoCase(category, MissingCategory); });
     if (missing != info.CategoryName.end()) {
       const auto at = missing - info.CategoryName.begin();
       for (double& code : identifier.codes) {
@@ -457,9 +460,12 @@ void DataSelection::SplitByIdentifier(const Identifier& identifier, std::vector<
     split[group].push_back(data[row]);
     if (data[row] != MissingValue) splitInfo[group].Sum += data[row];
   }
+  std::size_t height = 0;
+  for (const auto& column : split) height = std::max(height, column.size());
   for (std::size_t group = 0; group < groups; ++group) {
     ColumnDescriptor& info = splitInfo[group];
     info.Count = static_cast<int>(split[group].size());
+    split[group].resize(height, MissingValue);
     info.FirstRow = infos.front().FirstRow;
     info.StartRow = infos.front().StartRow;
     info.Title = groups == 1 ? infos.front().Title

@@ -21,7 +21,12 @@ OutputColumns::OutputColumns(Host& host, Documents& documents, Prompts& prompts,
     : host_(host), documents_(documents), prompts_(prompts), results_(results) {}
 
 OutputColumns::~OutputColumns() {
-  if (grid_) grid_->EndStep();
+  if (!grid_) return;
+  // What was reserved and never written is free again.
+  for (int column = before_ + 1; column <= before_ + reserved_; ++column) {
+    if (grid_->TextRC(1, column) == Reserved) grid_->TextRC(1, column, "");
+  }
+  grid_->EndStep();
 }
 
 bool OutputColumns::GetOutputColumns(int& columns) {
@@ -37,35 +42,30 @@ bool OutputColumns::GetOutputColumns(int& columns) {
     const auto rows = prompts_.WorksheetRows();
     const int picked = prompts_.PickFromList("Worksheet");
     if (picked == PickedCancel) return false;
-    GridStore* grid = nullptr;
-    if (picked == PickedNew) {
-      grid = &documents_.NewWorkbook();
-      workbook_ = documents_.WorkbookCount() - 1;
-      grid->BeginStep("New columns");
-    } else {
-      const WorksheetRow& row = rows[static_cast<std::size_t>(picked)];
+    const WorksheetRow row =
+        picked == PickedNew ? WorksheetRow{documents_.WorkbookCount(), 0} : rows[static_cast<std::size_t>(picked)];
+    int used = 0;
+    if (row.sheet > 0) {
       documents_.ActivateWorkbook(row.workbook);
       Workbook& workbook = documents_.WorkbookAt(row.workbook);
-      workbook_ = row.workbook;
-      grid = &workbook;
-      grid->BeginStep("New columns");
-      if (row.sheet == 0) {
-        workbook.Sheet(workbook.AddSheet());
-      } else {
-        workbook.Sheet(row.sheet);
-      }
+      workbook.Sheet(row.sheet);
+      used = workbook.LastCol();
     }
-    const int used = grid->LastCol();
     if (wanted + used >= MaxOutputColumns) {
-      grid->EndStep();
       const NormalPointerHere pointer(host_);
       host_.ShowMessage({.text = "The worksheet does not contain enough free columns, please select another.",
                          .title = OutputTitle,
                          .style = WarningIcon});
       continue;
     }
-    for (int k = 1; k <= wanted; ++k) grid->TextRC(1, used + k, Reserved);
-    grid_ = grid;
+    Workbook& workbook = picked == PickedNew ? documents_.NewWorkbook() : documents_.WorkbookAt(row.workbook);
+    documents_.ActivateWorkbook(row.workbook);
+    workbook.BeginStep("New columns");
+    if (picked != PickedNew && row.sheet == 0) workbook.Sheet(workbook.AddSheet());
+    for (int k = 1; k <= wanted; ++k) workbook.TextRC(1, used + k, Reserved);
+    grid_ = &workbook;
+    workbook_ = row.workbook;
+    reserved_ = wanted;
     columns = before_ = used;
     return true;
   }

@@ -23,7 +23,7 @@ struct OutputColumn {
 class OutputColumns {
  public:
   OutputColumns(Host& host, Documents& documents, Prompts& prompts, ResultsLog& results);
-  ~OutputColumns();  // closes the undo step that GetOutputColumns opened
+  ~OutputColumns();  // frees what is reserved and not written, and closes the undo step that GetOutputColumns opened
   OutputColumns(const OutputColumns&) = delete;
   OutputColumns& operator=(const OutputColumns&) = delete;
 
@@ -44,7 +44,8 @@ class OutputColumns {
   ResultsLog& results_;
   GridStore* grid_ = nullptr;
   int workbook_ = 0;
-  int before_ = 0;  // the column before the block
+  int before_ = 0;    // the column before the block
+  int reserved_ = 0;  // its columns that hold blanks
 };
 
 }  // namespace tellurix
