@@ -81,7 +81,7 @@ TEST(RichTextWriters, MakeHtml) {
   EXPECT_FALSE(has("/h/12/"));
   EXPECT_TRUE(has("<thead>\n<tr><th style=\"border-top:1pt solid;border-bottom:0.50pt solid\">Größe</th>"));
   EXPECT_TRUE(has("<td class=\"r\">5.25</td>"));
-  EXPECT_TRUE(has("<p>Age</p>\n<p>years</p>"));
+  EXPECT_TRUE(has("<p>Age</p><p>years</p></t"));  // white space would show
   EXPECT_TRUE(has("<td colspan=\"2\">A note"));
   EXPECT_TRUE(has("<span class=\"picture\" style=\"width:72pt;height:1.50pt\"></span>"));
   EXPECT_TRUE(has("<p><br></p>"));
