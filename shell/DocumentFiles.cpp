@@ -35,6 +35,14 @@ std::string Upper(std::string text) {
   return text;
 }
 
+// What an opened document is called.
+void Name(DocumentState& document, const fs::path& file) {
+  std::error_code error;
+  document.path = fs::absolute(file, error).string();
+  document.caption = file.filename().string();
+  document.changed = false;
+}
+
 bool ReadReport(OpenDocuments& documents, const fs::path& file, std::string& problem) {
   std::string bytes;
   if (!ReadWholeFile(file, bytes, problem)) return false;
@@ -43,15 +51,19 @@ bool ReadReport(OpenDocuments& documents, const fs::path& file, std::string& pro
     problem = file.string() + " is not a valid (rich) text file";
     return false;
   }
-  documents.NewReport().text = std::move(*text);
+  auto report = std::make_unique<Report>();
+  report->text = std::move(*text);
+  Name(report->document, file);
+  documents.AddReport(std::move(report));
   return true;
 }
 
 bool ReadWorksheet(OpenDocuments& documents, const Regional& regional, const fs::path& file, std::string& problem) {
-  Workbook& workbook = documents.NewWorkbook();
-  if (ReadDelimited(file, workbook, regional, problem, {})) return true;
-  documents.DropActiveWorkbook();
-  return false;
+  auto workbook = std::make_unique<Workbook>();
+  if (!ReadDelimited(file, *workbook, regional, problem, {})) return false;
+  Name(workbook->document, file);
+  documents.AddWorkbook(std::move(workbook));
+  return true;
 }
 
 }  // namespace
@@ -108,21 +120,10 @@ bool OpenDocument(OpenDocuments& documents, const Regional& regional, const fs::
     problem = Upper(file.string()) + " is not available";
     return false;
   }
-  DocumentState* state = nullptr;
-  if (IsOneOf(extension, {".csv", ".tab", ".prn", ".txt"})) {
-    if (!ReadWorksheet(documents, regional, file, problem)) return false;
-    state = &documents.ActiveWorkbook()->document;
-  } else if (IsOneOf(extension, {".rtf", ".rtt"})) {
-    if (!ReadReport(documents, file, problem)) return false;
-    state = &documents.ActiveReport()->document;
-  } else {
-    problem = file.string() + " is not a kind of file that can be opened";
-    return false;
-  }
-  state->path = fs::absolute(file, error).string();
-  state->caption = file.filename().string();
-  state->changed = false;
-  return true;
+  if (IsOneOf(extension, {".csv", ".tab", ".prn", ".txt"})) return ReadWorksheet(documents, regional, file, problem);
+  if (IsOneOf(extension, {".rtf", ".rtt"})) return ReadReport(documents, file, problem);
+  problem = file.string() + " is not a kind of file that can be opened";
+  return false;
 }
 
 bool SaveReport(const Report& report, const fs::path& file, std::string& problem) {

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <filesystem>
 
 namespace tellurix {
@@ -10,18 +11,34 @@ namespace {
 
 constexpr const char* NotSaved = " (not saved)";
 
-// The file's name, or the caption without its mark for a document that has none.
-std::string ShortName(const DocumentState& document) {
+template <typename Document>
+int PlaceOf(const std::vector<std::unique_ptr<Document>>& documents, const Document& wanted) {
+  for (std::size_t i = 0; i < documents.size(); ++i) {
+    if (documents[i].get() == &wanted) return static_cast<int>(i);
+  }
+  return -1;
+}
+
+// Takes one away; the active one stays active, or the last one becomes it.
+template <typename Document>
+void Remove(std::vector<std::unique_ptr<Document>>& documents, int index, int& active) {
+  if (index < 0) return;
+  documents.erase(documents.begin() + index);
+  if (active > index) --active;
+  active = std::min(active, static_cast<int>(documents.size()) - 1);
+}
+
+}  // namespace
+
+std::string DocumentName(const DocumentState& document) {
   if (!document.path.empty()) return std::filesystem::path(document.path).filename().string();
   std::string name = document.caption;
   if (name.ends_with(NotSaved)) name.resize(name.size() - std::string_view(NotSaved).size());
   return name;
 }
 
-}  // namespace
-
 std::string OpenDocuments::WorkbookName(int index) const {
-  return ShortName(workbooks_.at(static_cast<std::size_t>(index))->document);
+  return DocumentName(workbooks_.at(static_cast<std::size_t>(index))->document);
 }
 
 std::vector<std::string> OpenDocuments::SheetNames(int index) const {
@@ -33,30 +50,51 @@ std::vector<std::string> OpenDocuments::SheetNames(int index) const {
 
 Workbook* OpenDocuments::ActiveWorkbook() { return activeWorkbook_ < 0 ? nullptr : &WorkbookAt(activeWorkbook_); }
 
-Workbook& OpenDocuments::NewWorkbook() {
-  workbooks_.push_back(std::make_unique<Workbook>());
+Workbook& OpenDocuments::AddWorkbook(std::unique_ptr<Workbook> workbook) {
+  workbooks_.push_back(std::move(workbook));
   activeWorkbook_ = WorkbookCount() - 1;
-  workbooks_.back()->document.caption = fmt::format("Book {:02}{}", ++booksMade_, NotSaved);
+  if (onWorkbookOpened) onWorkbookOpened(*workbooks_.back());
   return *workbooks_.back();
 }
 
-void OpenDocuments::DropActiveWorkbook() {
-  if (activeWorkbook_ < 0) return;
-  workbooks_.erase(workbooks_.begin() + activeWorkbook_);
-  activeWorkbook_ = WorkbookCount() - 1;
+Workbook& OpenDocuments::NewWorkbook() {
+  auto workbook = std::make_unique<Workbook>();
+  workbook->document.caption = fmt::format("Book {:02}{}", ++booksMade_, NotSaved);
+  return AddWorkbook(std::move(workbook));
 }
 
+void OpenDocuments::ActivateWorkbook(int index) {
+  activeWorkbook_ = index;
+  if (onWorkbookActivated) onWorkbookActivated(WorkbookAt(index));
+}
+
+int OpenDocuments::IndexOf(const Workbook& workbook) const { return PlaceOf(workbooks_, workbook); }
+int OpenDocuments::IndexOf(const Report& report) const { return PlaceOf(reports_, report); }
+void OpenDocuments::CloseWorkbook(const Workbook& workbook) { Remove(workbooks_, IndexOf(workbook), activeWorkbook_); }
+void OpenDocuments::CloseReport(const Report& report) { Remove(reports_, IndexOf(report), activeReport_); }
+
 std::string OpenDocuments::ReportName(int index) const {
-  return ShortName(reports_.at(static_cast<std::size_t>(index))->document);
+  return DocumentName(reports_.at(static_cast<std::size_t>(index))->document);
 }
 
 Report* OpenDocuments::ActiveReport() { return activeReport_ < 0 ? nullptr : &ReportAt(activeReport_); }
 
-Report& OpenDocuments::NewReport() {
-  reports_.push_back(std::make_unique<Report>());
+Report& OpenDocuments::AddReport(std::unique_ptr<Report> report) {
+  reports_.push_back(std::move(report));
   activeReport_ = ReportCount() - 1;
-  reports_.back()->document.caption = fmt::format("Report {:02}{}", ++reportsMade_, NotSaved);
+  if (onReportOpened) onReportOpened(*reports_.back());
   return *reports_.back();
+}
+
+Report& OpenDocuments::NewReport() {
+  auto report = std::make_unique<Report>();
+  report->document.caption = fmt::format("Report {:02}{}", ++reportsMade_, NotSaved);
+  return AddReport(std::move(report));
+}
+
+void OpenDocuments::ActivateReport(int index) {
+  activeReport_ = index;
+  if (onReportActivated) onReportActivated(ReportAt(index));
 }
 
 }  // namespace tellurix

@@ -1,6 +1,7 @@
 // The workbooks and reports that are open.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -11,25 +12,40 @@
 
 namespace tellurix {
 
+// The file's name, or the caption without its " (not saved)" for a document that has none.
+std::string DocumentName(const DocumentState& document);
+
 class OpenDocuments : public Documents {
  public:
+  // Told by a front end that shows windows: what was opened, and what a command wants in front.
+  std::function<void(Workbook&)> onWorkbookOpened;
+  std::function<void(Report&)> onReportOpened;
+  std::function<void(Workbook&)> onWorkbookActivated;
+  std::function<void(Report&)> onReportActivated;
+
   int WorkbookCount() const override { return static_cast<int>(workbooks_.size()); }
   Workbook& WorkbookAt(int index) override { return *workbooks_.at(static_cast<std::size_t>(index)); }
   std::string WorkbookName(int index) const override;
   std::vector<std::string> SheetNames(int index) const override;
   Workbook* ActiveWorkbook() override;
   Workbook& NewWorkbook() override;
-  void ActivateWorkbook(int index) override { activeWorkbook_ = index; }
+  void ActivateWorkbook(int index) override;
 
   int ReportCount() const override { return static_cast<int>(reports_.size()); }
   Report& ReportAt(int index) override { return *reports_.at(static_cast<std::size_t>(index)); }
   std::string ReportName(int index) const override;
   Report* ActiveReport() override;
   Report& NewReport() override;
-  void ActivateReport(int index) override { activeReport_ = index; }
+  void ActivateReport(int index) override;
 
-  // Takes the active workbook away again, after a file could not be read into it.
-  void DropActiveWorkbook();
+  // A document that a file is read into: no front end hears of it before it is added.
+  Workbook& AddWorkbook(std::unique_ptr<Workbook> workbook);
+  Report& AddReport(std::unique_ptr<Report> report);
+
+  void CloseWorkbook(const Workbook& workbook);
+  void CloseReport(const Report& report);
+  int IndexOf(const Workbook& workbook) const;  // -1 when it is not open
+  int IndexOf(const Report& report) const;
 
  private:
   std::vector<std::unique_ptr<Workbook>> workbooks_;
