@@ -1,0 +1,172 @@
+#include "desktop/DesktopHost.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QFileDialog>
+#include <QMessageBox>
+#include <QProcess>
+#include <QPushButton>
+#include <algorithm>
+
+#include "desktop/FormDialog.h"
+#include "desktop/ProgressDialog.h"
+#include "desktop/SelectionBar.h"
+#include "host/Form.h"
+#include "numeric/Text.h"
+
+namespace tellurix {
+
+namespace {
+
+constexpr const char* ApplicationTitle = "Tellurix";
+
+QString Q(std::string_view text) { return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())); }
+
+QMessageBox::StandardButtons ButtonsOf(const Message& message) {
+  QMessageBox::StandardButtons buttons;
+  for (const auto& [reply, button] : {std::pair{Reply::Ok, QMessageBox::Ok}, {Reply::Yes, QMessageBox::Yes},
+                                      {Reply::No, QMessageBox::No}, {Reply::Cancel, QMessageBox::Cancel}}) {
+    if (message.Offers(reply)) buttons |= button;
+  }
+  return buttons;
+}
+
+QMessageBox::Icon IconOf(const Message& message) {
+  switch (message.style & (ErrorIcon | QuestionIcon | InformationIcon)) {
+    case ErrorIcon: return QMessageBox::Critical;
+    case QuestionIcon: return QMessageBox::Question;
+    case WarningIcon: return QMessageBox::Warning;
+    case InformationIcon: return QMessageBox::Information;
+    default: return QMessageBox::NoIcon;
+  }
+}
+
+// "Caption|*.a;*.b|Caption|*.c" as the file dialog takes it.
+QString FilterOf(const std::string& filter) {
+  const auto parts = Split(filter, '|');
+  QStringList filters;
+  for (std::size_t i = 0; i + 1 < parts.size(); i += 2) {
+    QString caption = Q(parts[i]);
+    if (const auto bracket = caption.indexOf('('); bracket >= 0) caption = caption.left(bracket).trimmed();
+    filters << QString("%1 (%2)").arg(caption, Q(ReplaceAll(parts[i + 1], ";", " ")));
+  }
+  return filters.join(";;");
+}
+
+}  // namespace
+
+struct DesktopHost::Modeless {
+  std::shared_ptr<Form> form;
+  std::unique_ptr<FormDialog> dialog;
+};
+
+DesktopHost::DesktopHost(QWidget& owner, SelectionBar& bar, std::function<void(bool)> setCommandsEnabled,
+                         std::function<void(std::string_view)> setStatus, std::function<void(int)> showHelp)
+    : owner_(owner),
+      bar_(bar),
+      setCommandsEnabled_(std::move(setCommandsEnabled)),
+      setStatus_(std::move(setStatus)),
+      showHelp_(std::move(showHelp)) {}
+
+DesktopHost::~DesktopHost() { SetBusy(false); }
+
+QWidget* DesktopHost::Front() const {
+  QWidget* active = QApplication::activeModalWidget();
+  return active ? active : &owner_;
+}
+
+Reply DesktopHost::ShowMessage(const Message& message) {
+  QMessageBox box(Front());
+  box.setWindowTitle(message.title.empty() ? ApplicationTitle : Q(message.title));
+  box.setText(Q(message.text));
+  box.setTextFormat(Qt::PlainText);
+  box.setIcon(IconOf(message));
+  box.setStandardButtons(ButtonsOf(message));
+  if (message.Offers(Reply::Cancel)) box.setEscapeButton(QMessageBox::Cancel);
+  if (message.style & HelpButton) {
+    QPushButton* help = box.addButton(QMessageBox::Help);
+    // Help does not answer the box.
+    help->disconnect();
+    QObject::connect(help, &QPushButton::clicked, &box, [this, &message] { showHelp_(message.helpContext); });
+  }
+  switch (box.exec()) {
+    case QMessageBox::Ok: return Reply::Ok;
+    case QMessageBox::Yes: return Reply::Yes;
+    case QMessageBox::No: return Reply::No;
+    // Closed by the window's own means.
+    default: return message.Offers(Reply::Cancel) ? Reply::Cancel : message.Offers(Reply::No) ? Reply::No : Reply::Ok;
+  }
+}
+
+bool DesktopHost::RunForm(Form& form) {
+  form.Open();
+  FormDialog dialog(form, Front(), showHelp_);
+  dialog.exec();
+  if (form.IsOpen()) form.Finish(false);
+  return form.Accepted();
+}
+
+void DesktopHost::ShowForm(std::shared_ptr<Form> form) {
+  std::erase_if(modeless_, [](const Modeless& shown) { return !shown.form->IsOpen(); });
+  for (const Modeless& shown : modeless_) {
+    if (shown.form == form) {
+      shown.dialog->raise();
+      shown.dialog->activateWindow();
+      return;
+    }
+  }
+  form->Open();
+  auto dialog = std::make_unique<FormDialog>(*form, &owner_, showHelp_);
+  dialog->show();
+  modeless_.push_back({std::move(form), std::move(dialog)});
+}
+
+void DesktopHost::CloseForms() {
+  while (!modeless_.empty()) {
+    QCoreApplication::processEvents();
+    modeless_.back().form->Close();
+    modeless_.pop_back();
+  }
+}
+
+SelectionReply DesktopHost::WaitForSelection(const SelectionRequest& request) { return bar_.Wait(request); }
+
+std::optional<std::string> DesktopHost::ChooseFile(const FileRequest& request) {
+  QFileDialog dialog(Front(), Q(request.title), Q(request.suggestedName), FilterOf(request.filter));
+  dialog.setAcceptMode(request.save ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
+  dialog.setFileMode(request.save ? QFileDialog::AnyFile : QFileDialog::ExistingFile);
+  dialog.setDefaultSuffix(Q(request.defaultExtension));
+  if (!request.suggestedName.empty()) dialog.selectFile(Q(request.suggestedName));
+  if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return std::nullopt;
+  return dialog.selectedFiles().front().toStdString();
+}
+
+bool DesktopHost::ShowProgress(const Progress& progress) {
+  if (!progress_) progress_ = std::make_unique<ProgressDialog>(&owner_);
+  return progress_->Show(progress);
+}
+
+void DesktopHost::SetBusy(bool busy) {
+  if (busy == busy_) return;
+  busy_ = busy;
+  if (busy) {
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+  } else {
+    QApplication::restoreOverrideCursor();
+  }
+}
+
+void DesktopHost::Beep() { QApplication::beep(); }
+
+void DesktopHost::SetClipboard(std::string_view text) { QApplication::clipboard()->setText(Q(text)); }
+
+std::string DesktopHost::Clipboard() { return QApplication::clipboard()->text().toStdString(); }
+
+bool DesktopHost::RunProgram(std::string_view commandLine) {
+  QStringList words = QProcess::splitCommand(Q(commandLine));
+  if (words.isEmpty()) return false;
+  const QString program = words.takeFirst();
+  return QProcess::startDetached(program, words);
+}
+
+}  // namespace tellurix
