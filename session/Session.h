@@ -38,6 +38,7 @@ class Session {
   Options options;
   ResultsLog results;
   int HelpContext = 0;              // help number of the menu entry last chosen
+  bool CommandRunning = false;      // the dispatcher starts no second one
   bool CalculationRunning = false;  // between BeginCalculation and EndCalculation
   bool CancelRequested = false;     // the Progress dialog's Cancel
   int AutomaticSeed = 0;            // of the random generator; 0: from the clock

@@ -87,10 +87,12 @@ std::vector<SettingKey> MakeSettingKeys() {
   return keys;
 }
 
+// The fallback stands for what is no number or out of range.
 int IntegerSetting(const Session& session, std::string_view key, int low, int high, int fallback) {
   // The file is written with "." and without grouping, whatever the user's own symbols.
-  const int value = ParseInteger(SettingValue(session.settings, "Analyses", key));
-  return value >= low && value <= high ? value : fallback;
+  const std::string text = SettingValue(session.settings, "Analyses", key);
+  const int value = ParseInteger(text);
+  return ReadNumber(text, {}) && value >= low && value <= high ? value : fallback;
 }
 
 }  // namespace

@@ -241,9 +241,9 @@ constexpr Row Rows[] = {
     {"&Analysis/Re&gression && Correlation/Spearman &Rank Correlation", "M_Regression_Rank(1)", 2614, Sheet},
     {"&Analysis/Re&gression && Correlation/Nonparam&etric Linear Regression", "M_Regression_Rank(2)", 2615, Sheet},
     {"&Analysis/Re&gression && Correlation/Co&x Regression", "M_Regression_Cox", 2616, Sheet},
-    {"&Analysis/Agree&ment/&Continuous (Intra-Class...)", "M_Agreement(0)", 2650, Sheet},
-    {"&Analysis/Agree&ment/Ca&tegorical (Kappa...)", "M_Agreement(1)", 2651, Sheet},
-    {"&Analysis/Agree&ment/&Reliability && Reducibility (Alpha...)", "M_Agreement(2)", 2652, Sheet},
+    {"&Analysis/&Agreement/&Continuous (Intra-Class...)", "M_Agreement(0)", 2650, Sheet},
+    {"&Analysis/&Agreement/Ca&tegorical (Kappa...)", "M_Agreement(1)", 2651, Sheet},
+    {"&Analysis/&Agreement/&Reliability && Reducibility (Alpha...)", "M_Agreement(2)", 2652, Sheet},
     {"&Analysis/&Survival Analysis/&Kaplan-Meier", "M_Survival(0)", 2700, Sheet},
     {"&Analysis/&Survival Analysis/&Follow-Up Life Table", "M_Survival(1)", 2701, Sheet},
     {"&Analysis/&Survival Analysis/&Abridged Life Table", "M_Survival(2)", 2702, Sheet},
@@ -251,7 +251,7 @@ constexpr Row Rows[] = {
     {"&Analysis/&Survival Analysis/&Wei-Lachin", "M_Survival(4)", 2704, Sheet},
     {"&Analysis/&Survival Analysis/&Cox Regression", "M_Survival(5)", 2705, Sheet},
     {"&Analysis/Meta-Anal&ysis/&Odds Ratio", "M_Meta(0)", 2750, Sheet},
-    {"&Analysis/Meta-Anal&ysis/&Peto Odds Ratio", "M_Meta(1)", 2751, Sheet},
+    {"&Analysis/Meta-Anal&ysis/Peto Odds R&atio", "M_Meta(1)", 2751, Sheet},
     {"&Analysis/Meta-Anal&ysis/&Relative Risk", "M_Meta(2)", 2752, Sheet},
     {"&Analysis/Meta-Anal&ysis/Risk &Difference", "M_Meta(3)", 2753, Sheet},
     {"&Analysis/Meta-Anal&ysis/&Summary", "M_Meta(4)", 2754, Sheet},
@@ -269,7 +269,7 @@ constexpr Row Rows[] = {
     {"&Graphics/Box && &Whisker (Text)", "M_Graphics(1)", 4002, Sheet},
     {"&Graphics/C&ontrol", "M_Graphics(2)", 4003, Sheet},
     {"&Graphics/&Error Bar", "M_Graphics(3)", 4004, Sheet},
-    {"&Graphics/&Forest (Meta-Analysis)", "M_Graphics(4)", 4005, Sheet},
+    {"&Graphics/Forest (&Meta-Analysis)", "M_Graphics(4)", 4005, Sheet},
     {"&Graphics/&Histogram", "M_Graphics(5)", 4006, Sheet},
     {"&Graphics/Histogram (&Text)", "M_Graphics(6)", 4007, Sheet},
     {"&Graphics/&Ladder", "M_Graphics(7)", 4008, Sheet},
@@ -297,15 +297,27 @@ constexpr Row Rows[] = {
     {"&Help/&About", "M_About", 5202, Everywhere},
 };
 
-unsigned WindowsOf(const Row& row, std::string_view menu) {
-  // A report has menus of its own for these, and neither Data nor Graphics.
-  const bool ownMenu = menu == "File" || menu == "Edit" || menu == "Insert" || menu == "Format";
-  if (row.place != Sheet) return InWorksheet | InReport | InMain;
+// Whether a report's menu has this head: its own File, Edit, Insert and Format, of Analysis the groups on figures typed
+// in, neither Data nor Graphics.
+bool InReportMenu(std::string_view head, std::string_view group) {
+  if (head != "Analysis") return head != "Data" && head != "Graphics";
+  constexpr std::string_view groups[] = {"Exact Tests on Counts", "Chi-Square Tests", "Proportions",   "Rates",
+                                         "Distributions",         "Sample Size",      "Randomization", "Clinical Epidemiology"};
+  return std::ranges::find(groups, group) != std::end(groups);
+}
+
+unsigned WindowsOf(const Row& row, std::string_view path) {
+  const auto parts = Split(path, '/');
+  const std::string_view head = parts[0];
+  if (row.place != Sheet) return InWorksheet | InMain | (InReportMenu(head, parts[1]) ? InReport : 0u);
+  // The entries of these on the worksheet itself stand in its own menu only.
+  const bool ownMenu = head == "File" || head == "Edit" || head == "Insert" || head == "Format";
   return ownMenu ? InWorksheet : InWorksheet | InMain;
 }
 
 MenuEntry EntryOf(const Row& row) {
   MenuEntry entry;
+  entry.captions = row.path;
   for (const std::string& caption : Split(row.path, '/')) {
     if (!entry.path.empty()) entry.path += '/';
     entry.path += PlainCaption(caption);
@@ -313,7 +325,7 @@ MenuEntry EntryOf(const Row& row) {
   }
   entry.name = row.name;
   entry.helpContext = row.help;
-  entry.windows = WindowsOf(row, entry.path.substr(0, entry.path.find('/')));
+  entry.windows = WindowsOf(row, entry.path);
   entry.active = row.place == Sheet ? InWorksheet : entry.windows;
   entry.command = row.command;
   return entry;

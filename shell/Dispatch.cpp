@@ -24,6 +24,7 @@ void RunOnce(Session& session, const MenuEntry& entry) {
     // Flipping the radios of the selection bar starts the command's selection again in the other manner.
     do {
       session.data.SelectionRestart = false;
+      session.results.Current().selection.clear();
       entry.command(session);
     } while (session.data.SelectionRestart);
     threw = false;
@@ -42,12 +43,16 @@ void RunOnce(Session& session, const MenuEntry& entry) {
 }  // namespace
 
 RunStatus RunCommand(Session& session, const MenuEntry& entry) {
+  // Waits pump events: a second command would overwrite what the first one has selected.
+  if (session.CommandRunning || !entry.command) return RunStatus::Cancelled;
+  session.CommandRunning = true;
   session.HelpContext = entry.helpContext;
   for (;;) {
     RunOnce(session, entry);
     if (!session.data.Batch) break;
     session.data.ClearGridSelection();
   }
+  session.CommandRunning = false;
   return session.results.Current().status;
 }
 
