@@ -269,6 +269,12 @@ class RtfWriter {
 
 }  // namespace
 
+std::string EscapeRtf(std::string_view text) {
+  std::string rich;
+  Escaper(rich).Write(text);
+  return rich;
+}
+
 std::string WriteRtf(const RichText& document) { return RtfWriter().Write(document); }
 
 }  // namespace tellurix

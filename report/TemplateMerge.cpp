@@ -1,7 +1,6 @@
 #include "report/TemplateMerge.h"
 
 #include <fmt/format.h>
-#include <utf8proc.h>
 
 #include <algorithm>
 #include <fstream>
@@ -101,7 +100,7 @@ void TemplateMerge::SetField(std::string_view name, const Value& value) {
   const auto end = TemplateText.find('/', start + 2);
   Log(std::string(name), TemplateText.substr(start + 2, end - start - 2), value);
   ReportText.append(TemplateText, 0, start);
-  ReportText += value.rich ? value.text : EscapeRichText(value.text);
+  ReportText += value.rich ? value.text : EscapeRtf(value.text);
   TemplateText.erase(0, end + 1);
 }
 
@@ -175,41 +174,6 @@ void TemplateMerge::Log(std::string name, std::string mark, const Value& value) 
 void CalculationError(Host& host) {
   host.SetBusy(false);
   host.ShowMessage({.text = "Error in calculation, report invalid.", .style = WarningIcon});
-}
-
-std::string EscapeRichText(std::string_view text) {
-  std::string rich;
-  rich.reserve(text.size());
-  const auto* bytes = reinterpret_cast<const utf8proc_uint8_t*>(text.data());
-  for (std::size_t at = 0; at < text.size();) {
-    const char c = text[at];
-    if (static_cast<unsigned char>(c) < 0x80) {
-      ++at;
-      switch (c) {
-        case '\\':
-        case '{':
-        case '}': rich += '\\', rich += c; break;
-        case '\n': rich += "\\line "; break;
-        case '\t': rich += "\\tab "; break;
-        default:
-          if (static_cast<unsigned char>(c) >= 0x20) rich += c;
-      }
-      continue;
-    }
-    utf8proc_int32_t codePoint = 0;
-    const auto used = utf8proc_iterate(bytes + at, static_cast<utf8proc_ssize_t>(text.size() - at), &codePoint);
-    at += used > 0 ? static_cast<std::size_t>(used) : 1;
-    if (used <= 0) codePoint = 0xFFFD;
-    // Rich text counts in signed 16-bit units: beyond the basic plane a surrogate pair.
-    const auto unit = [&](std::int32_t value) { rich += fmt::format("\\u{}?", static_cast<std::int16_t>(value)); };
-    if (codePoint < 0x10000) {
-      unit(codePoint);
-    } else {
-      unit(0xD800 + ((codePoint - 0x10000) >> 10));
-      unit(0xDC00 + ((codePoint - 0x10000) & 0x3FF));
-    }
-  }
-  return rich;
 }
 
 }  // namespace tellurix

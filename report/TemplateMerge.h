@@ -64,7 +64,4 @@ class TemplateMerge {
 // "Error in calculation, report invalid."
 void CalculationError(Host& host);
 
-// Plain text as rich text: backslash and braces escaped, other than ASCII as Unicode escapes, line breaks as \line.
-std::string EscapeRichText(std::string_view text);
-
 }  // namespace tellurix

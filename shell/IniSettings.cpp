@@ -6,7 +6,7 @@ IniSettings::IniSettings() { ini_.SetUnicode(true); }
 
 IniSettings::IniSettings(std::filesystem::path file) : IniSettings() {
   file_ = std::move(file);
-  ini_.LoadFile(file_.c_str());  // an error leaves it empty
+  if (!file_.empty()) ini_.LoadFile(file_.c_str());  // an error leaves it empty
 }
 
 std::string IniSettings::GetIniValue(std::string_view section, std::string_view key,

@@ -363,9 +363,16 @@ void DataSelection::LogSelection(const std::vector<RawColumn>& raw) {
   }
 }
 
+std::size_t DataSelection::LoggedSoFar() { return results_.Current().selection.size(); }
+
+void DataSelection::StartAgain(std::size_t logged) {
+  results_.Current().selection.resize(logged);
+  ClearGridSelection();
+}
+
 bool DataSelection::SelectEqualData(int requiredRows, SelectionMode mode, int minColumns, int maxColumns,
                                     std::string_view prompt) {
-  for (;; ClearGridSelection()) {
+  for (const auto logged = LoggedSoFar();; StartAgain(logged)) {
     if (!SelectWorksheetData(mode, minColumns, maxColumns, prompt)) return false;
     const bool allEqual =
         std::ranges::all_of(ColumnInfo, [&](const ColumnDescriptor& info) { return info.Count == MinCount; });
@@ -420,8 +427,9 @@ bool DataSelection::GroupSizesAgree(const std::vector<int>& sizes, int equalSize
 
 bool DataSelection::SelectIdentifier(int minGroups, int maxGroups, int equalSize, std::string_view prompt,
                                      Identifier& identifier) {
+  const auto logged = LoggedSoFar();
   for (;;) {
-    ClearGridSelection();
+    StartAgain(logged);
     if (!SelectWorksheetData(ModeCategoricalPooled, 1, MaxIdentifierColumns, prompt)) return false;
     identifier.info = ColumnInfo.front();
     identifier.codes = DataMatrix.front();
@@ -490,7 +498,7 @@ void DataSelection::Restore(std::vector<std::vector<double>> matrix, std::vector
 bool DataSelection::SelectGroups(int equalSize, int minGroups, int maxGroups, std::string_view name) {
   const std::string dataPrompt = For("Select DATA", name);
   if (!options_.UseGroupID) {
-    for (;; ClearGridSelection()) {
+    for (const auto logged = LoggedSoFar();; StartAgain(logged)) {
       if (!SelectWorksheetData(ModeNumericRows, 1, maxGroups, dataPrompt)) return false;
       if (LastColumn + 1 < minGroups) {
         CheckColumnCount(minGroups, maxGroups, LastColumn + 1, "Tellurix Data Selection");
@@ -518,8 +526,9 @@ bool DataSelection::SelectWeightedGroups(int minGroups, int maxGroups, std::stri
     auto data = std::move(DataMatrix);
     auto infos = std::move(ColumnInfo);
     const int columns = static_cast<int>(infos.size());
+    const auto logged = LoggedSoFar();
     for (;;) {
-      ClearGridSelection();
+      StartAgain(logged);
       if (!SelectWorksheetData(ModeNumericRows, columns, columns, weightPrompt)) return false;
       const auto differs = std::ranges::mismatch(ColumnInfo, infos, {}, &ColumnDescriptor::Count, &ColumnDescriptor::Count);
       if (differs.in1 == ColumnInfo.end()) break;
@@ -595,7 +604,7 @@ bool DataSelection::SelectXYSeries(int maxSeries) {
   } else {
     // One X column serves every series; otherwise there is one for each.
     const int series = static_cast<int>(infos.size());
-    for (;; ClearGridSelection()) {
+    for (const auto logged = LoggedSoFar();; StartAgain(logged)) {
       if (!SelectWorksheetData(ModeNumericRows, 1, series, xPrompt)) return false;
       if (LastColumn == 0 || LastColumn + 1 == series) break;
       CheckColumnCount(series, series, LastColumn + 1, "Tellurix Data Selection");

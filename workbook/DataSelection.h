@@ -124,6 +124,9 @@ class DataSelection {
   bool ReadCategories(SelectionMode mode, const std::vector<RawColumn>& raw);
   void UpdateCounts();
   void LogSelection(const std::vector<RawColumn>& raw);
+  // A selection that is refused leaves no mark and no record: `logged` is what LoggedSoFar answered before it.
+  std::size_t LoggedSoFar();
+  void StartAgain(std::size_t logged);
   void Warn(std::string text, std::string title);
 
   bool SelectIdentifier(int minGroups, int maxGroups, int equalSize, std::string_view prompt, Identifier& identifier);

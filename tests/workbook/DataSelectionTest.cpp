@@ -404,6 +404,9 @@ TEST_F(GroupSelectionTest, ByIdentifierWithItsRefusals) {
              "Error: all columns selected must be 3 rows long.\n\nThe rows must contain numeric data not text."}));
   EXPECT_EQ(Titles()[2], "Load_Part_c");
   EXPECT_EQ(Column(2), Numbers{30});
+  const auto& logged = results.Current().selection;  // what was refused leaves no record
+  ASSERT_EQ(logged.size(), 2u);
+  EXPECT_EQ(logged[0].title + logged[1].title, "PartLoad");
   // Several identifiers are read as one, row by row.
   Bar({"F1:G3"});
   Bar({"C1:C5"});
