@@ -171,6 +171,11 @@ void TemplateMerge::Log(std::string name, std::string mark, const Value& value) 
       {.name = std::move(name), .mark = std::move(mark), .text = value.text, .numbers = value.numbers});
 }
 
+void SetPFields(TemplateMerge& merge, const Formatter& format, double z) {
+  merge.SetField("p_1", format.FormatOneSidedP(z));
+  merge.SetField("p_2", format.FormatTwoSidedP(z));
+}
+
 void CalculationError(Host& host) {
   host.SetBusy(false);
   host.ShowMessage({.text = "Error in calculation, report invalid.", .style = WarningIcon});

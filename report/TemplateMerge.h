@@ -61,6 +61,9 @@ class TemplateMerge {
   std::string file_;  // of the open template
 };
 
+// Fills the fields `p_1` and `p_2` with the one-sided and the two-sided P of a standard normal statistic.
+void SetPFields(TemplateMerge& merge, const Formatter& format, double z);
+
 // "Error in calculation, report invalid."
 void CalculationError(Host& host);
 

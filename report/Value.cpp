@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "numeric/Missing.h"
+#include "numeric/Probability.h"
 #include "numeric/Rounding.h"
 
 namespace tellurix {
@@ -56,6 +57,14 @@ Value Formatter::PText(double p, double upper, const char* outOfRange) const {
 Value Formatter::FormatP(double p) const { return PText(p, 1.0, "*"); }
 
 Value Formatter::FormatHalfP(double p) const { return PText(p, 0.5, "err"); }
+
+Value Formatter::FormatOneSidedP(double z) const {
+  return z == MissingValue ? Value("*", MissingValue) : FormatP(OneSidedP(z));
+}
+
+Value Formatter::FormatTwoSidedP(double z) const {
+  return z == MissingValue ? Value("*", MissingValue) : FormatP(TwoSidedP(z));
+}
 
 Value Formatter::FormatPower(double x, double alpha) const {
   std::string text;

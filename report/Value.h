@@ -52,6 +52,10 @@ class Formatter {
   // The same for a P that cannot exceed one half: "P = err" out of range, "P > 0.4999" at the upper end.
   Value FormatHalfP(double p) const;
 
+  // The P of a standard normal statistic, folded to the smaller tail, one-sided or two-sided; "*" for MissingValue.
+  Value FormatOneSidedP(double z) const;
+  Value FormatTwoSidedP(double z) const;
+
   // A power as "(for 5% significance) = 81.2%", alpha being the significance level as a fraction.
   Value FormatPower(double x, double alpha) const;
 

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "numeric/Missing.h"
 #include "tests/FakeHost.h"
 
 namespace tellurix {
@@ -126,6 +127,22 @@ TEST_F(TemplateMergeTest, ValuesAreTextUnlessTheySayTheyAreRich) {
   Report report;
   ASSERT_TRUE(merge.InsertMergedText(report));
   EXPECT_EQ(WriteText(report.text), "{\\x} caf\xC3\xA9 \xF0\x9F\x98\x80\n\n\n");
+}
+
+// Upper tail of the standard normal at 1.96: 0.0249979 (Abramowitz and Stegun 1964, table 26.1).
+TEST_F(TemplateMergeTest, FillsBothPFieldsOfANormalStatistic) {
+  const Options options{.PDecimalPlaces = 4};
+  for (const double z : {1.96, -1.96}) {
+    ASSERT_TRUE(Open("/*p_1/;/*p_2/}"));
+    SetPFields(merge, Formatter(options), z);
+    EXPECT_EQ(Closed(), "P = 0.025;P = 0.05 }");
+    const auto& fields = results.Current().templates.back().fields;
+    EXPECT_NEAR(fields[0].numbers.front(), 0.0249979, 1e-7);
+    EXPECT_NEAR(fields[1].numbers.front(), 0.0499958, 1e-7);
+  }
+  ASSERT_TRUE(Open("/*p_1/;/*p_2/}"));
+  SetPFields(merge, Formatter(options), MissingValue);
+  EXPECT_EQ(Closed(), "*;* }");
 }
 
 TEST_F(TemplateMergeTest, RemovesLineBreaksButTheSecondOfTwo) {
