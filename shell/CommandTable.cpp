@@ -15,6 +15,8 @@ enum Place {
   Sheet,       // on a worksheet: in the main window alone it is a caption without a command
   Screen,      // on figures typed in
   Everywhere,  // on neither
+  Document,    // on the worksheet or the report in front
+  InReportOnly,  // on a report's text
 };
 
 struct Row {
@@ -35,34 +37,41 @@ constexpr Row Rows[] = {
     {"&File/&Save Workbook", "M_Save_Workbook", 104, Sheet},
     {"&File/Save &Workbook As", "M_Save_Workbook_As", 105, Sheet},
     {"&File/Save Workbook &Template", "M_Save_Template", 106, Sheet},
-    {"&File/&Page Setup", "M_Page_Setup", 107, Sheet},
+    {"&File/&Close Report", "M_Report_Close", 150, InReportOnly},
+    {"&File/&Save Report", "M_Report_Save", 151, InReportOnly},
+    {"&File/Save Report &As", "M_Report_Save_As", 152, InReportOnly},
+    {"&File/&Page Setup", "M_Page_Setup", 107, Document},
     {"&File/Set Print &Area", "M_Print_Area", 108, Sheet},
-    {"&File/Pr&int", "M_Print", 109, Sheet},
-    {"&File/Print Pr&eview", "M_Print_Preview", 110, Sheet},
+    {"&File/Pr&int", "M_Print", 109, Document},
+    {"&File/Print Pr&eview", "M_Print_Preview", 110, Document},
     {"&File/Printer Set&up", "M_Printer_Setup", 111, Everywhere},
     {"&File/Import &Data", "M_Import", 112, Sheet},
     {"&File/E&xport Data", "M_Export", 113, Sheet},
+    {"&File/Import &Text", "M_Report_Import_Text", 153, InReportOnly},
+    {"&File/Export P&DF", "M_Report_Export_PDF", 154, InReportOnly},
     {"&File/Exit", "M_Exit", 114, Everywhere},
-    {"&Edit/&Cut", "M_Cut", 200, Sheet},
-    {"&Edit/C&opy", "M_Copy", 201, Sheet},
-    {"&Edit/&Paste", "M_Paste", 202, Sheet},
-    {"&Edit/Paste &Special", "M_Paste_Special", 203, Sheet},
+    {"&Edit/&Cut", "M_Cut", 200, Document},
+    {"&Edit/C&opy", "M_Copy", 201, Document},
+    {"&Edit/&Paste", "M_Paste", 202, Document},
+    {"&Edit/Paste &Special", "M_Paste_Special", 203, Document},
     {"&Edit/&Fill Down", "M_Fill_Down", 204, Sheet},
     {"&Edit/Fill &Right", "M_Fill_Right", 205, Sheet},
-    {"&Edit/&Undo Last", "M_Undo", 206, Sheet},
-    {"&Edit/F&ind", "M_Find", 207, Sheet},
-    {"&Edit/R&eplace", "M_Replace", 208, Sheet},
+    {"&Edit/&Undo Last", "M_Undo", 206, Document},
+    {"&Edit/F&ind", "M_Find", 207, Document},
+    {"&Edit/R&eplace", "M_Replace", 208, Document},
     {"&Edit/&Goto Cell", "M_Goto", 209, Sheet},
-    {"&Edit/C&lear Selection", "M_Clear", 210, Sheet},
+    {"&Edit/C&lear Selection", "M_Clear", 210, Document},
     {"&Edit/&Delete Special", "M_Delete_Special", 211, Sheet},
     {"&Edit/Dele&te Row", "M_Delete_Row", 212, Sheet},
     {"&Edit/Delete Colu&mn", "M_Delete_Column", 213, Sheet},
     {"&Edit/Delete S&heet", "M_Delete_Sheet", 214, Sheet},
     {"&Edit/Descri&be Column Data", "M_Describe_Column", 215, Sheet},
+    {"&Edit/Select &All", "M_Report_Select_All", 250, InReportOnly},
     {"&Insert/&Cells", "M_Insert_Cells", 300, Sheet},
     {"&Insert/&Row", "M_Insert_Row", 301, Sheet},
     {"&Insert/C&olumn", "M_Insert_Column", 302, Sheet},
     {"&Insert/&Sheet", "M_Insert_Sheet", 303, Sheet},
+    {"&Insert/&Date and Time", "M_Report_Insert_Date", 350, InReportOnly},
     {"F&ormat/&Cells", "M_Format_Cells", 400, Sheet},
     {"F&ormat/&Row/&Hide", "M_Row_Hide", 401, Sheet},
     {"F&ormat/&Row/&Unhide", "M_Row_Unhide", 402, Sheet},
@@ -79,6 +88,20 @@ constexpr Row Rows[] = {
     {"F&ormat/&Lock Sheet", "M_Lock_Sheet", 413, Sheet},
     {"F&ormat/&Sheet Settings", "M_Sheet_Settings", 414, Sheet},
     {"F&ormat/&Workbook Options", "M_Workbook_Options", 415, Sheet},
+    {"F&ormat/&Font", "M_Report_Font", 450, InReportOnly},
+    {"F&ormat/&Bold", "M_Report_Bold", 451, InReportOnly},
+    {"F&ormat/&Italic", "M_Report_Italic", 452, InReportOnly},
+    {"F&ormat/&Underline", "M_Report_Underline", 453, InReportOnly},
+    {"F&ormat/Su&perscript", "M_Report_Superscript", 454, InReportOnly},
+    {"F&ormat/&Subscript", "M_Report_Subscript", 455, InReportOnly},
+    {"F&ormat/&Colour", "M_Report_Colour", 456, InReportOnly},
+    {"F&ormat/Align &Left", "M_Report_Left", 457, InReportOnly},
+    {"F&ormat/Ce&ntre", "M_Report_Centre", 458, InReportOnly},
+    {"F&ormat/Align &Right", "M_Report_Right", 459, InReportOnly},
+    {"F&ormat/&Justify", "M_Report_Justify", 460, InReportOnly},
+    {"F&ormat/Bulle&ts", "M_Report_Bullets", 461, InReportOnly},
+    {"F&ormat/Nu&mbering", "M_Report_Numbering", 462, InReportOnly},
+    {"F&ormat/R&eport Defaults", "M_Report_Defaults", 463, InReportOnly},
     {"&Data/&Transformations/&Log (Natural)", "M_Transform(0)", 1000, Sheet},
     {"&Data/&Transformations/Log (&Base 10)", "M_Transform(1)", 1001, Sheet},
     {"&Data/&Transformations/L&ogit", "M_Transform(2)", 1002, Sheet},
@@ -309,6 +332,8 @@ bool InReportMenu(std::string_view head, std::string_view group) {
 unsigned WindowsOf(const Row& row, std::string_view path) {
   const auto parts = Split(path, '/');
   const std::string_view head = parts[0];
+  if (row.place == InReportOnly) return InReport;
+  if (row.place == Document) return InWorksheet | InReport;
   if (row.place != Sheet) return InWorksheet | InMain | (InReportMenu(head, parts[1]) ? InReport : 0u);
   // The entries of these on the worksheet itself stand in its own menu only.
   const bool ownMenu = head == "File" || head == "Edit" || head == "Insert" || head == "Format";
