@@ -143,6 +143,17 @@ void CellColumn::Set(int row, const CellValue& value) {
 }
 
 template <typename T>
+void CellColumn::PutElsewhere(int row, const T& value) {
+  cursor_.count = 0;
+  Own(Unsigned(row - 1) / SegmentRows).cells.set(Unsigned(row - 1) % SegmentRows, value);
+}
+
+template void CellColumn::PutElsewhere(int, const double&);
+template void CellColumn::PutElsewhere(int, const std::uint8_t&);
+template void CellColumn::PutElsewhere(int, const TextRef&);
+template void CellColumn::PutElsewhere(int, const FormulaRef&);
+
+template <typename T>
 void CellColumn::PutRun(int row, std::span<const T> values) {
   cursor_.count = 0;
   for (std::size_t offset = Unsigned(row - 1); !values.empty();) {

@@ -8,6 +8,7 @@
 // Not for use by several threads at once, not even for reading: reads move a cursor.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -20,18 +21,11 @@
 #include <mdds/multi_type_vector.hpp>
 #include <mdds/multi_type_vector/custom_func2.hpp>
 
+#include "workbook/Formula.h"
 #include "workbook/GridStore.h"
 #include "workbook/TextPool.h"
 
 namespace tellurix {
-
-struct Formula {
-  std::string text;
-  int type = EmptyCell;  // of the result
-  double number = 0;
-  std::string result;  // a text's or error's
-  bool isError = false;
-};
 
 using FormulaRef = std::shared_ptr<const Formula>;
 
@@ -77,6 +71,36 @@ class CellColumn {
   CellValue Get(int row) const;
   const Formula* FormulaAt(int row) const;  // null when there is none
   int LastRow() const;                      // 0 when empty; constant time
+
+  // The cells of one kind from a row on: their last row, and where they stand. Numbers and formulas begin at the row.
+  struct Run {
+    int lastRow = 0;
+    int type = EmptyCell;  // EmptyCell for formulas
+    const double* numbers = nullptr;
+    const FormulaRef* formulas = nullptr;
+  };
+  Run RunAt(int row) const {
+    const Cursor& at = Seek(row);
+    Run run{at.first + at.count, TypeOf(at.kind)};
+    if (at.kind == mdds::mtv::element_type_double) run.numbers = &At<double>(at, row);
+    if (at.kind == FormulaElement) run.formulas = &At<FormulaRef>(at, row);
+    return run;
+  }
+
+  // Calls visit(row, formula) for every formula from firstRow to lastRow.
+  template <typename Visit>
+  void EachFormula(int firstRow, int lastRow, Visit visit) const {
+    lastRow = std::min(lastRow, LastRow());
+    for (int row = firstRow; row <= lastRow;) {
+      const Run run = RunAt(row);
+      const int end = std::min(run.lastRow, lastRow);
+      if (run.formulas) {
+        for (int i = 0; i <= end - row; ++i) visit(row + i, run.formulas[i]);
+      }
+      row = end + 1;
+    }
+  }
+
   bool IsEmpty() const { return segments_.empty(); }
   bool IsEmpty(int firstRow, int lastRow) const;
 
@@ -151,9 +175,10 @@ class CellColumn {
       At<T>(cursor_, row) = value;
       return;
     }
-    cursor_.count = 0;
-    Own(segment).cells.set(static_cast<std::size_t>(row - 1) % SegmentRows, value);
+    PutElsewhere(row, value);
   }
+  template <typename T>
+  void PutElsewhere(int row, const T& value);  // where the cursor does not stand
   template <typename T>
   void PutRun(int row, std::span<const T> values);
   Segment& Own(std::size_t segment);  // made if there is none, cloned if shared

@@ -7,17 +7,11 @@
 
 #include "numeric/Rounding.h"
 #include "numeric/Text.h"
-#include "workbook/CellColumn.h"
+#include "workbook/WorkbookData.h"
 
 namespace tellurix {
 
 namespace {
-
-// Slots of a sheet: its columns by their number, and these, which are columns too: the headings of columns and the
-// widths stand at the "row" of their column's number.
-constexpr int RowHeadings = 0;
-constexpr int ColumnHeadings = -1;
-constexpr int Widths = -2;
 
 // Writes to one column within a step that are kept cell by cell; the next one keeps the column as it stands.
 constexpr int LoggedCells = 256;
@@ -25,24 +19,7 @@ constexpr int AllLogged = LoggedCells + 1;
 
 constexpr std::string_view MissingMark = "*";
 
-constexpr double NarrowestFit = 8;
-constexpr double WidestFit = 60;
-constexpr int FirstCellsFitted = 1000;
-constexpr int SampledCellsFitted = 1000;
-
-std::size_t Index(int oneBased) { return static_cast<std::size_t>(oneBased - 1); }
-
-CellRange OnSheet(const CellRange& range) {
-  const auto row = [](int r) { return std::clamp(r, 1, GridStore::MaxRows); };
-  const auto column = [](int c) { return std::clamp(c, 1, GridStore::MaxColumns); };
-  return {row(std::min(range.firstRow, range.lastRow)), column(std::min(range.firstColumn, range.lastColumn)),
-          row(std::max(range.firstRow, range.lastRow)), column(std::max(range.firstColumn, range.lastColumn))};
-}
-
-bool IsOnSheet(const CellRange& range) {
-  return Workbook::Fits(range.firstRow, range.firstColumn) && Workbook::Fits(range.lastRow, range.lastColumn) &&
-         range.firstRow <= range.lastRow && range.firstColumn <= range.lastColumn;
-}
+}  // namespace
 
 std::string Displayed(const CellView& cell) {
   switch (std::abs(cell.type)) {
@@ -57,113 +34,10 @@ std::string Displayed(const CellView& cell) {
   }
 }
 
-}  // namespace
-
-struct Workbook::SheetData {
-  std::string name;
-  std::vector<ColumnRef> columns;  // null: empty; the last one is not
-  ColumnRef rowHeadings;
-  ColumnRef columnHeadings;
-  ColumnRef widths;
-  std::vector<CellRange> selection{CellRange{}};
-  int activeRow = 1;
-  int activeColumn = 1;
-  mutable int lastRow = 0;
-  mutable bool knowsLastRow = true;
-
-  ColumnRef& Slot(int slot) {
-    switch (slot) {
-      case RowHeadings:
-        return rowHeadings;
-      case ColumnHeadings:
-        return columnHeadings;
-      case Widths:
-        return widths;
-      default:
-        break;
-    }
-    if (Index(slot) >= columns.size()) columns.resize(Index(slot) + 1);
-    return columns[Index(slot)];
-  }
-  ColumnRef Held(int slot) const {  // null also beyond the columns in use
-    if (slot > 0 && Index(slot) >= columns.size()) return nullptr;
-    return const_cast<SheetData*>(this)->Slot(slot);
-  }
-  const CellColumn* Find(int slot) const {
-    if (slot > 0) return Index(slot) < columns.size() ? columns[Index(slot)].get() : nullptr;
-    return const_cast<SheetData*>(this)->Slot(slot).get();
-  }
-  void Trim() {
-    while (!columns.empty() && !columns.back()) columns.pop_back();
-  }
-  int LastRow() const {
-    if (!knowsLastRow) {
-      lastRow = 0;
-      for (const auto& column : columns) {
-        if (column) lastRow = std::max(lastRow, column->LastRow());
-      }
-      knowsLastRow = true;
-    }
-    return lastRow;
-  }
-  std::string HeadingAt(int slot, int at) const {
-    const CellColumn* headings = Find(slot);
-    return headings && at >= 1 ? std::string(headings->View(at).text) : std::string();
-  }
-};
-
-// The log of a step is an ordered list of values that were overwritten. Undoing swaps each with the present value,
-// newest first, and redoing does the same the other way round.
-struct Workbook::CellChange {
-  SheetRef sheet;
-  int slot;
-  int row;
-  CellValue value;
-};
-
-struct Workbook::ColumnChange {
-  SheetRef sheet;
-  int slot;
-  ColumnRef column;
-};
-
-struct Workbook::SheetsChange {
-  std::vector<std::pair<SheetRef, std::string>> sheets;  // with their names
-  int active;
-};
-
-struct Workbook::Step {
-  struct Area {
-    WorkbookChange::Kind kind;
-    SheetRef sheet;  // null for Sheets
-    CellRange range;
-  };
-
-  std::string caption;
-  std::uint64_t serial = 0;
-  std::vector<std::variant<CellChange, ColumnChange, SheetsChange>> log;
-  std::vector<Area> areas;
-  std::size_t bytes = 0;
-};
-
-// A change is a step of its own unless one is open.
-class Workbook::AutoStep {
- public:
-  AutoStep(Workbook& workbook, std::string_view caption) : workbook_(workbook) { workbook_.BeginStep(caption); }
-  ~AutoStep() { workbook_.EndStep(); }
-  AutoStep(const AutoStep&) = delete;
-  AutoStep& operator=(const AutoStep&) = delete;
-
- private:
-  Workbook& workbook_;
-};
-
-struct Workbook::Loading::Backup {
-  std::vector<std::pair<SheetRef, SheetData>> sheets;
-  int active = 0;
-};
-
-Workbook::Workbook() : texts_(std::make_unique<TextPool>()) {
+Workbook::Workbook()
+    : texts_(std::make_unique<TextPool>()),
+      cells_(std::make_unique<Cells>(*this)),
+      formulas_(std::make_unique<FormulaEngine>(*cells_)) {
   sheets_.push_back(std::make_shared<SheetData>());
   sheets_.back()->name = "Sheet1";
 }
@@ -172,27 +46,20 @@ Workbook::~Workbook() = default;
 
 // --- the log ---
 
-template <typename Change>
-void Workbook::Log(Change change) {
-  if (!logging_) return;
-  if (open_->log.empty()) {
-    redo_.clear();
-    document.changed = true;
+void Workbook::Step::Touch(WorkbookChange::Kind kind, const SheetRef& sheet, const CellRange& range) {
+  for (auto& area : areas) {
+    if (area.kind != kind || area.sheet != sheet) continue;
+    area.range = {std::min(area.range.firstRow, range.firstRow), std::min(area.range.firstColumn, range.firstColumn),
+                  std::max(area.range.lastRow, range.lastRow), std::max(area.range.lastColumn, range.lastColumn)};
+    return;
   }
-  open_->bytes += sizeof(open_->log[0]);
-  open_->log.emplace_back(std::move(change));
+  areas.push_back({kind, sheet, range});
 }
 
 void Workbook::Touch(WorkbookChange::Kind kind, int firstRow, int firstColumn, int lastRow, int lastColumn) {
-  const SheetRef* sheet = kind == WorkbookChange::Kind::Sheets ? nullptr : &sheets_[static_cast<std::size_t>(active_)];
-  const CellRange range{firstRow, firstColumn, lastRow, lastColumn};
-  for (auto& area : open_->areas) {
-    if (area.kind != kind || area.sheet != (sheet ? *sheet : nullptr)) continue;
-    area.range = {std::min(area.range.firstRow, firstRow), std::min(area.range.firstColumn, firstColumn),
-                  std::max(area.range.lastRow, lastRow), std::max(area.range.lastColumn, lastColumn)};
-    return;
-  }
-  open_->areas.push_back({kind, sheet ? *sheet : nullptr, range});
+  static const SheetRef none;
+  open_->Touch(kind, kind == WorkbookChange::Kind::Sheets ? none : sheets_[static_cast<std::size_t>(active_)],
+               {firstRow, firstColumn, lastRow, lastColumn});
 }
 
 // Cells were overwritten, with something in the last row if `filled`.
@@ -314,7 +181,7 @@ void Workbook::EndStep() {
       if (const auto* column = std::get_if<ColumnChange>(&change)) take(column->sheet, column->slot);
     }
     Step told;  // for the listeners, who may change the workbook again
-    told.areas = closed->areas;
+    Recalculate(*closed, told);
     historyBytes_ += closed->bytes;
     undo_.push_back(std::move(*closed));
     while (undo_.size() > HistorySteps || (historyBytes_ > HistoryBytes && undo_.size() > 1)) {
@@ -382,6 +249,47 @@ void Workbook::Swap(Step& step, bool backwards) {
   }
 }
 
+// Computes what depends on the step's changes, and adds it to what the listeners are told.
+void Workbook::Recalculate(const Step& step, Step& told) {
+  told.areas = step.areas;
+  if (!formulas_->IsUsed()) return;
+  const auto indexOf = [&](const SheetRef& sheet) {
+    const auto found = std::find(sheets_.begin(), sheets_.end(), sheet);
+    return found == sheets_.end() ? -1 : static_cast<int>(found - sheets_.begin());
+  };
+  const bool isRebuilt = std::any_of(step.log.begin(), step.log.end(),
+                                     [](const auto& change) { return std::holds_alternative<SheetsChange>(change); });
+  if (isRebuilt) formulas_->Rebuild();
+  for (const bool refreshing : {true, false}) {
+    if (refreshing && isRebuilt) continue;
+    for (const auto& change : step.log) {
+      if (const auto* cell = std::get_if<CellChange>(&change); cell && cell->slot > 0) {
+        const int sheet = indexOf(cell->sheet);
+        if (sheet < 0) continue;
+        if (refreshing) {
+          formulas_->RefreshCell(sheet, cell->slot, cell->row);
+        } else {
+          formulas_->Changed(sheet, {cell->row, cell->slot, cell->row, cell->slot});
+        }
+      } else if (const auto* column = std::get_if<ColumnChange>(&change); column && column->slot > 0) {
+        const int sheet = indexOf(column->sheet);
+        if (sheet < 0) continue;
+        if (refreshing) {
+          formulas_->RefreshColumn(sheet, column->slot);
+          continue;
+        }
+        for (const auto& area : step.areas) {
+          if (area.sheet != column->sheet || area.kind != WorkbookChange::Kind::Cells) continue;
+          formulas_->Changed(sheet, {area.range.firstRow, column->slot, area.range.lastRow, column->slot});
+        }
+      }
+    }
+  }
+  formulas_->Recalculate([&](int sheet, int row, int column) {
+    told.Touch(WorkbookChange::Kind::Cells, sheets_[static_cast<std::size_t>(sheet)], {row, column, row, column});
+  });
+}
+
 bool Workbook::Undo() {
   if (!CanUndo()) return false;
   Step step = std::move(undo_.back());
@@ -389,7 +297,7 @@ bool Workbook::Undo() {
   Swap(step, true);
   historyBytes_ -= step.bytes;
   Step told;
-  told.areas = step.areas;
+  Recalculate(step, told);
   redo_.push_back(std::move(step));
   UpdateChanged();
   Tell(told);
@@ -403,7 +311,7 @@ bool Workbook::Redo() {
   Swap(step, false);
   historyBytes_ += step.bytes;
   Step told;
-  told.areas = step.areas;
+  Recalculate(step, told);
   undo_.push_back(std::move(step));
   UpdateChanged();
   Tell(told);
@@ -465,7 +373,8 @@ Workbook::Loading::~Loading() {
 void Workbook::Loading::Accept() {
   backup_.reset();
   Step told;
-  told.areas.swap(workbook_.open_->areas);
+  if (workbook_.formulas_->IsUsed()) workbook_.formulas_->Rebuild();
+  workbook_.Recalculate(*workbook_.open_, told);
   workbook_.open_->log.clear();
   workbook_.EndStep();
   workbook_.logging_ = true;
@@ -528,24 +437,28 @@ void Workbook::SetLogical(int row, int column, bool value) {
   TouchCells(row, column, row, column, true);
 }
 
-void Workbook::SetFormula(int row, int column, std::string_view formula, const FormulaResult& result) {
+void Workbook::PutFormula(int row, int column, std::shared_ptr<Formula> formula) {
   if (!Fits(row, column)) return;
   const AutoStep step(*this, "Enter");
-  auto cell = std::make_shared<Formula>();
-  cell->text = formula;
-  cell->isError = result.isError;
-  if (result.type == NumberCell && std::isfinite(result.number)) {
-    cell->type = NumberCell;
-    cell->number = result.number;
-  } else if (result.type == LogicalCell) {
-    cell->type = LogicalCell;
-    cell->number = result.number != 0 ? -1 : 0;
-  } else {
-    cell->type = TextCell;
-    cell->result = result.type == NumberCell ? std::string(MissingMark) : result.text;
-  }
-  ForCell(column, row).Set(row, FormulaRef(std::move(cell)));
+  formulas_->Use();
+  ForCell(column, row).Set(row, FormulaRef(std::move(formula)));
   TouchCells(row, column, row, column, true);
+}
+
+void Workbook::SetFormula(int row, int column, std::string_view formula, const FormulaResult& result) {
+  auto made = std::make_shared<Formula>(formula);
+  made->Take(result);
+  PutFormula(row, column, std::move(made));
+}
+
+void Workbook::Enter(int row, int column, std::string_view text, const Regional& regional) {
+  if (text.size() > 1 && text[0] == '=') return PutFormula(row, column, std::make_shared<Formula>(text));
+  if (text.starts_with('\'')) return TextRC(row, column, text.substr(1));
+  if (const auto number = ReadNumber(text, regional)) return NumberRC(row, column, *number);
+  const std::string_view word = Trim(text);
+  const bool isTrue = EqualNoCase(word, "TRUE");
+  if (isTrue || EqualNoCase(word, "FALSE")) return SetLogical(row, column, isTrue);
+  TextRC(row, column, text);
 }
 
 std::string Workbook::FormulaText(int row, int column) const {
@@ -605,234 +518,6 @@ bool Workbook::SetColumnTexts(int column, int firstRow, std::span<const std::str
   return true;
 }
 
-// --- headings and widths ---
-
-std::string Workbook::ColText(int column) const { return Active().HeadingAt(ColumnHeadings, column); }
-std::string Workbook::RowText(int row) const { return Active().HeadingAt(RowHeadings, row); }
-
-void Workbook::SetHeading(int slot, int at, std::string_view text) {
-  if (text.empty() && Active().HeadingAt(slot, at).empty()) return;
-  const AutoStep step(*this, "Heading");
-  if (text.empty()) {
-    ForCell(slot, at).Clear(at, at);
-    DropIfEmpty(slot);
-  } else {
-    const TextRef interned = texts_->Intern(text);
-    ForCell(slot, at).Set(at, interned);
-  }
-  if (slot == RowHeadings) {
-    Touch(WorkbookChange::Kind::Headings, at, 0, at, 0);
-  } else {
-    Touch(WorkbookChange::Kind::Headings, 0, at, 0, at);
-  }
-}
-
-void Workbook::ColText(int column, std::string_view text) {
-  if (Fits(1, column)) SetHeading(ColumnHeadings, column, text);
-}
-
-void Workbook::RowText(int row, std::string_view text) {
-  if (Fits(row, 1)) SetHeading(RowHeadings, row, text);
-}
-
-double Workbook::ColumnWidth(int column) const {
-  const CellColumn* widths = Active().Find(Widths);
-  if (!widths || column < 1 || widths->Type(column) != NumberCell) return DefaultColumnWidth;
-  return widths->Number(column);
-}
-
-void Workbook::SetColumnWidth(int column, double width) {
-  if (!Fits(1, column)) return;
-  const bool toDefault = !std::isfinite(width) || width < 0;
-  const CellColumn* widths = Active().Find(Widths);
-  if (toDefault && (!widths || widths->Type(column) == EmptyCell)) return;
-  const AutoStep step(*this, "Column width");
-  if (toDefault) {
-    ForCell(Widths, column).Clear(column, column);
-    DropIfEmpty(Widths);
-  } else {
-    ForCell(Widths, column).Set(column, width);
-  }
-  Touch(WorkbookChange::Kind::Widths, 0, column, 0, column);
-}
-
-void Workbook::SetColWidthAuto(const CellRange& range, bool defaults) {
-  const CellRange fitted = OnSheet(range);
-  const AutoStep step(*this, "Column width");
-  const CellColumn* headings = Active().Find(ColumnHeadings);
-  const CellColumn* widths = Active().Find(Widths);
-  // Beyond all of these there is nothing to fit and nothing to put back.
-  const int used = std::max({LastCol(), headings ? headings->LastRow() : 0, widths ? widths->LastRow() : 0});
-  for (int column = fitted.firstColumn; column <= std::min(fitted.lastColumn, used); ++column) {
-    std::size_t widest = DisplayWidth(ColText(column));
-    if (const CellColumn* cells = ColumnAt(1, column)) {
-      const auto measure = [&](int row) { widest = std::max(widest, DisplayWidth(Displayed(cells->View(row)))); };
-      const int last = std::min(fitted.lastRow, cells->LastRow());
-      const int dense = std::min<long long>(last, fitted.firstRow + FirstCellsFitted - 1LL);
-      for (int row = fitted.firstRow; row <= dense; ++row) measure(row);
-      const int stride = std::max(1, (last - dense) / SampledCellsFitted + 1);
-      for (int row = dense + stride; row <= last; row += stride) measure(row);
-    }
-    if (widest > 0) {
-      SetColumnWidth(column, std::clamp(static_cast<double>(widest), NarrowestFit, WidestFit));
-    } else if (defaults) {
-      SetColumnWidth(column, -1);
-    }
-  }
-}
-
-// --- editing ---
-
-void Workbook::ClearCells(int column, int firstRow, int lastRow) {
-  const CellColumn* cells = ColumnAt(1, column);
-  if (!cells) return;
-  lastRow = std::min(lastRow, cells->LastRow());
-  if (firstRow > lastRow) return;
-  if (firstRow == lastRow) {
-    if (cells->View(firstRow).type == EmptyCell) return;
-    ForCell(column, firstRow).Clear(firstRow, firstRow);
-  } else {
-    ForMany(column).Clear(firstRow, lastRow);
-  }
-  TouchCells(firstRow, column, lastRow, column);
-  DropIfEmpty(column);
-}
-
-bool Workbook::ClearRange(const CellRange& range) {
-  if (!IsOnSheet(range)) return false;
-  const AutoStep step(*this, "Clear");
-  for (int column = std::min(range.lastColumn, LastCol()); column >= range.firstColumn; --column) {
-    ClearCells(column, range.firstRow, range.lastRow);
-  }
-  return true;
-}
-
-// Makes room for `inserted` cells of a slot at `at`, or takes `deleted` ones out there.
-void Workbook::ShiftSlot(int slot, int at, int inserted, int deleted) {
-  const ColumnRef old = Active().Held(slot);
-  if (!old || old->LastRow() < at) return;
-  auto shifted = std::make_shared<CellColumn>();
-  shifted->CopyCells(*old, 1, at - 1, 1);
-  const int from = at + deleted;
-  if (old->LastRow() >= from) shifted->CopyCells(*old, from, old->LastRow() - from + 1, at + inserted);
-  Replace(slot, std::move(shifted));
-}
-
-bool Workbook::InsertRows(int row, int count) {
-  if (!Fits(row, 1) || count < 1 || count > MaxRows) return false;
-  const SheetData& sheet = Active();
-  const int last = std::max(LastRow(), sheet.rowHeadings ? sheet.rowHeadings->LastRow() : 0);
-  if (last >= row && last > MaxRows - count) return false;
-  const AutoStep step(*this, "Insert rows");
-  for (int column = LastCol(); column >= RowHeadings; --column) ShiftSlot(column, row, count, 0);
-  TouchCells(row, 0, MaxRows, MaxColumns);
-  return true;
-}
-
-bool Workbook::DeleteRows(int row, int count) {
-  if (!Fits(row, 1) || count < 1 || count > MaxRows - row + 1) return false;
-  const AutoStep step(*this, "Delete rows");
-  for (int column = LastCol(); column >= RowHeadings; --column) ShiftSlot(column, row, 0, count);
-  TouchCells(row, 0, MaxRows, MaxColumns);
-  return true;
-}
-
-bool Workbook::InsertColumns(int column, int count) {
-  if (!Fits(1, column) || count < 1 || count > MaxColumns) return false;
-  const SheetData& sheet = Active();
-  const auto lastOf = [](const ColumnRef& slot) { return slot ? slot->LastRow() : 0; };
-  const int last = std::max({LastCol(), lastOf(sheet.columnHeadings), lastOf(sheet.widths)});
-  if (last >= column && last > MaxColumns - count) return false;
-  const AutoStep step(*this, "Insert columns");
-  for (int to = LastCol() + count; to >= column; --to) {
-    Replace(to, to - count >= column ? sheet.Held(to - count) : nullptr);
-  }
-  ShiftSlot(ColumnHeadings, column, count, 0);
-  ShiftSlot(Widths, column, count, 0);
-  TouchCells(0, column, MaxRows, MaxColumns);
-  return true;
-}
-
-bool Workbook::DeleteColumns(int column, int count) {
-  if (!Fits(1, column) || count < 1 || count > MaxColumns - column + 1) return false;
-  const AutoStep step(*this, "Delete columns");
-  const int last = LastCol();
-  for (int to = column; to <= last; ++to) Replace(to, Active().Held(to + count));
-  ShiftSlot(ColumnHeadings, column, 0, count);
-  ShiftSlot(Widths, column, 0, count);
-  TouchCells(0, column, MaxRows, MaxColumns);
-  return true;
-}
-
-bool Workbook::InsertCells(const CellRange& range, Shift shift) {
-  if (!IsOnSheet(range)) return false;
-  const int rows = range.lastRow - range.firstRow + 1;
-  const int columns = range.lastColumn - range.firstColumn + 1;
-  const int lastColumn = LastCol();
-  if (shift == Shift::Rows) {
-    const int last = std::min(range.lastColumn, lastColumn);
-    for (int column = range.firstColumn; column <= last; ++column) {
-      const CellColumn* cells = Active().Find(column);
-      if (cells && cells->LastRow() >= range.firstRow && cells->LastRow() > MaxRows - rows) return false;
-    }
-    const AutoStep step(*this, "Insert cells");
-    for (int column = last; column >= range.firstColumn; --column) ShiftSlot(column, range.firstRow, rows, 0);
-    TouchCells(range.firstRow, range.firstColumn, MaxRows, range.lastColumn);
-    return true;
-  }
-  for (int column = std::max(range.firstColumn, MaxColumns - columns + 1); column <= lastColumn; ++column) {
-    const CellColumn* cells = Active().Find(column);
-    if (cells && !cells->IsEmpty(range.firstRow, range.lastRow)) return false;
-  }
-  const AutoStep step(*this, "Insert cells");
-  CopyBlock({range.firstRow, range.firstColumn, range.lastRow, MaxColumns - columns}, range.firstRow,
-            range.lastColumn + 1);
-  return ClearRange(range);
-}
-
-bool Workbook::DeleteCells(const CellRange& range, Shift shift) {
-  if (!IsOnSheet(range)) return false;
-  const AutoStep step(*this, "Delete cells");
-  if (shift == Shift::Rows) {
-    for (int column = std::min(range.lastColumn, LastCol()); column >= range.firstColumn; --column) {
-      ShiftSlot(column, range.firstRow, 0, range.lastRow - range.firstRow + 1);
-    }
-    TouchCells(range.firstRow, range.firstColumn, MaxRows, range.lastColumn);
-    return true;
-  }
-  const int width = range.lastColumn - range.firstColumn + 1;
-  if (range.lastColumn < MaxColumns) {
-    CopyBlock({range.firstRow, range.lastColumn + 1, range.lastRow, MaxColumns}, range.firstRow, range.firstColumn);
-  }
-  return ClearRange({range.firstRow, MaxColumns - width + 1, range.lastRow, MaxColumns});
-}
-
-bool Workbook::CopyBlock(const CellRange& from, int toRow, int toColumn) {
-  if (!IsOnSheet(from) || !Fits(toRow, toColumn)) return false;
-  const int rows = from.lastRow - from.firstRow + 1;
-  const int columns = from.lastColumn - from.firstColumn + 1;
-  if (toRow > MaxRows - rows + 1 || toColumn > MaxColumns - columns + 1) return false;
-  const AutoStep step(*this, "Copy");
-  // Beyond the last column in use there is nothing to copy and nothing to overwrite.
-  const int lastColumn = LastCol();
-  const int used = std::min(columns, std::max(lastColumn - from.firstColumn, lastColumn - toColumn) + 1);
-  std::vector<ColumnRef> sources;
-  if (used > 0) sources.reserve(static_cast<std::size_t>(used));
-  for (int i = 0; i < used; ++i) sources.push_back(Active().Held(from.firstColumn + i));
-  static const CellColumn nothing;
-  for (int i = 0; i < used; ++i) {
-    const ColumnRef old = Active().Held(toColumn + i);
-    const ColumnRef& source = sources[static_cast<std::size_t>(i)];
-    const bool nothingThere = !old || old->IsEmpty(toRow, toRow + rows - 1);
-    if (nothingThere && (!source || source->IsEmpty(from.firstRow, from.lastRow))) continue;
-    auto made = old ? std::make_shared<CellColumn>(*old) : std::make_shared<CellColumn>();
-    made->CopyCells(source ? *source : nothing, from.firstRow, rows, toRow);
-    Replace(toColumn + i, std::move(made));
-  }
-  if (used > 0) TouchCells(toRow, toColumn, toRow + rows - 1, toColumn + columns - 1);
-  return true;
-}
-
 // --- extent and sheets ---
 
 int Workbook::LastRow() const { return Active().LastRow(); }
@@ -877,7 +562,10 @@ bool Workbook::RenameSheet(int index, std::string_view name) {
   if (index < 1 || index > SheetCount() || !NameIsFree(name, index)) return false;
   const AutoStep step(*this, "Rename sheet");
   LogSheets();
-  sheets_[Index(index)]->name = name;
+  SheetData& sheet = *sheets_[Index(index)];
+  const std::string before = std::exchange(sheet.name, std::string(name));
+  RewriteFormulas(
+      sheet, [&](const Formula& formula, bool) { return formula.code.AfterRename(formula.text, before, sheet.name); });
   return true;
 }
 
@@ -889,8 +577,11 @@ bool Workbook::DeleteSheet(int index) {
     const SheetData& gone = *sheets_[Index(index)];
     for (const auto& column : gone.columns) open_->bytes += column ? column->OwnBytes() : 0;
   }
+  const SheetRef gone = sheets_[Index(index)];
   sheets_.erase(sheets_.begin() + (index - 1));
   if (active_ >= index || active_ == SheetCount()) --active_;
+  RewriteFormulas(
+      *gone, [&](const Formula& formula, bool) { return formula.code.AfterSheetDeleted(formula.text, gone->name); });
   return true;
 }
 

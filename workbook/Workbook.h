@@ -6,6 +6,9 @@
 // unchanged parts with what is kept. The history holds HistorySteps steps at most, and no more than HistoryBytes of
 // former contents (estimated; the newest step always stays): the oldest steps go first. What was undone
 // can be redone until the next change. Selection, active cell and the choice of the active sheet are no changes.
+//
+// Formulas are computed at the end of each step, undo or redo, as far as what they refer to has changed; until then
+// they show what they came to before. Their results are no part of the history.
 #pragma once
 
 #include <cstddef>
@@ -13,6 +16,7 @@
 #include <deque>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -20,25 +24,15 @@
 #include <vector>
 
 #include "host/Documents.h"
+#include "numeric/Regional.h"
+#include "workbook/Formula.h"
 #include "workbook/GridStore.h"
 
 namespace tellurix {
 
 class CellColumn;
+class FormulaEngine;
 class TextPool;
-
-// What a formula came to. An error is a text ("#ERR") that says so; an empty result is an empty text.
-struct FormulaResult {
-  int type = TextCell;  // NumberCell, TextCell or LogicalCell
-  double number = 0;    // a number or logical (true -1, false 0)
-  std::string text;
-  bool isError = false;
-
-  static FormulaResult Number(double value) { return {NumberCell, value, {}, false}; }
-  static FormulaResult Text(std::string text) { return {TextCell, 0, std::move(text), false}; }
-  static FormulaResult Logical(bool value) { return {LogicalCell, value ? -1.0 : 0.0, {}, false}; }
-  static FormulaResult Error(std::string text) { return {TextCell, 0, std::move(text), true}; }
-};
 
 // What a step, an undo or a redo has changed: one rectangle around all changed cells of a sheet. A heading has row or
 // column 0; widths have the rectangle of their columns in row 0.
@@ -78,6 +72,10 @@ class Workbook final : public GridStore {
   void TextRC(int row, int column, std::string_view text) override;
   std::string FormattedTextRC(int row, int column) const override;  // numbers by GeneralText, logicals TRUE and FALSE
   void SetLogical(int row, int column, bool value);
+  // What a person types: nothing clears the cell, "=" and more is a formula, a number by the regional rule a number,
+  // TRUE or FALSE a logical; anything else is a text, as is what follows a leading apostrophe.
+  void Enter(int row, int column, std::string_view text, const Regional& regional);
+  // A formula with the result that it is known to have, which stays until something that it refers to changes.
   void SetFormula(int row, int column, std::string_view formula, const FormulaResult& result);
   std::string FormulaText(int row, int column) const;  // empty where there is none
   bool IsError(int row, int column) const;             // a formula with an error for its result
@@ -93,6 +91,8 @@ class Workbook final : public GridStore {
   void RowText(int row, std::string_view text);
 
   // --- editing; false, and nothing changed, when the range is not on the sheet or something would be pushed off it ---
+  // The references of formulas follow cells that move; those to deleted cells become #REF!. In a copy the references
+  // without $ move as far as the copy.
   bool ClearRange(const CellRange& range);
   bool InsertRows(int row, int count);
   bool DeleteRows(int row, int count);
@@ -101,6 +101,8 @@ class Workbook final : public GridStore {
   bool InsertCells(const CellRange& range, Shift shift);           // those from the range on move down or to the right
   bool DeleteCells(const CellRange& range, Shift shift);           // those after the range move up or to the left
   bool CopyBlock(const CellRange& from, int toRow, int toColumn);  // as it stood, where the two overlap
+  bool FillDown(const CellRange& range);                           // copies of its first row in the others
+  bool FillRight(const CellRange& range);                          // copies of its first column in the others
 
   // --- extent and sheets ---
   int LastRow() const override;
@@ -174,6 +176,7 @@ class Workbook final : public GridStore {
   struct SheetsChange;
   struct Step;
   class AutoStep;
+  class Cells;
   using SheetRef = std::shared_ptr<SheetData>;
   using ColumnRef = std::shared_ptr<CellColumn>;
 
@@ -187,6 +190,14 @@ class Workbook final : public GridStore {
   void SetHeading(int slot, int at, std::string_view text);
   void ClearCells(int column, int firstRow, int lastRow);
   void ShiftSlot(int slot, int at, int inserted, int deleted);
+  void PutFormula(int row, int column, std::shared_ptr<Formula> formula);
+  void CopyColumnPart(const ColumnRef& source, int fromRow, int rows, int toRow, int toColumn,
+                      std::optional<int> columnsAway);
+  void PutCells(const CellRange& from, int toRow, int toColumn, bool asCopies);
+  using Rewrite = std::function<std::optional<std::string>(const Formula& formula, bool isOwnSheet)>;
+  void RewriteFormulas(const SheetData& own, const Rewrite& rewrite);
+  void FollowMove(const CellsMoved& moved);
+  void Recalculate(const Step& step, Step& told);
   void LogSheets();
   void Touch(WorkbookChange::Kind kind, int firstRow, int firstColumn, int lastRow, int lastColumn);
   void TouchCells(int firstRow, int firstColumn, int lastRow, int lastColumn, bool filled = false);
@@ -211,6 +222,9 @@ class Workbook final : public GridStore {
   std::uint64_t bottomSerial_ = 0;  // state before the oldest step that is kept
   std::uint64_t savedSerial_ = 0;
   std::size_t historyBytes_ = 0;
+
+  std::unique_ptr<Cells> cells_;
+  std::unique_ptr<FormulaEngine> formulas_;
 
   std::vector<std::pair<int, Listener>> listeners_;
   int lastListener_ = 0;

@@ -264,8 +264,8 @@ class Player {
         sheet.cells[place] = Described(LogicalCell, n % 2 ? "TRUE" : "FALSE");
         break;
       case 3:
-        book.SetFormula(row, column, "=f" + std::to_string(n), FormulaResult::Number(n));
-        sheet.cells[place] = Described(-NumberCell, std::to_string(n), "=f" + std::to_string(n));
+        book.SetFormula(row, column, "=" + std::to_string(n), FormulaResult::Number(n));
+        sheet.cells[place] = Described(-NumberCell, std::to_string(n), "=" + std::to_string(n));
         break;
       default:
         book.NumberRC(row, column, n);
