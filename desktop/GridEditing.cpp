@@ -1,0 +1,447 @@
+#include "desktop/GridEditing.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+
+#include "numeric/Text.h"
+
+namespace tellurix {
+
+namespace {
+
+constexpr std::size_t LongestText = 32767;
+
+}  // namespace
+
+TypedValue ReadTyped(std::string_view text, const Regional& regional) {
+  if (text.empty()) return {};
+  if (const auto number = ReadNumber(text, regional)) return {NumberCell, *number};
+  if (text.size() <= 16) {
+    const std::string_view word = Trim(text);
+    if (EqualNoCase(word, "TRUE")) return {LogicalCell, -1};
+    if (EqualNoCase(word, "FALSE")) return {LogicalCell, 0};
+  }
+  return {TextCell, 0};
+}
+
+bool CommitText(Workbook& workbook, int row, int column, std::string_view text, const Regional& regional,
+                std::string& reason) {
+  if (CharacterCount(text) > LongestText) {
+    reason = fmt::format("A cell holds at most {} characters.", LongestText);
+    return false;
+  }
+  const TypedValue value = ReadTyped(text, regional);
+  switch (value.type) {
+    case NumberCell:
+      workbook.NumberRC(row, column, value.number);
+      break;
+    case LogicalCell:
+      workbook.SetLogical(row, column, value.number != 0);
+      break;
+    default:
+      workbook.TextRC(row, column, text);
+  }
+  return true;
+}
+
+std::string EditableText(const Workbook& workbook, int row, int column, const Regional& regional, bool formulas) {
+  const CellView cell = workbook.ReadRC(row, column);
+  if (cell.type < 0 && formulas) return workbook.FormulaText(row, column);
+  switch (std::abs(cell.type)) {
+    case NumberCell:
+      return Localized(fmt::format("{}", cell.number), regional);
+    case LogicalCell:
+      return cell.number != 0 ? "TRUE" : "FALSE";
+    case TextCell:
+      return std::string(cell.text);
+    default:
+      return {};
+  }
+}
+
+// --- blocks ---
+
+std::vector<CellRange> BlockOf(const Workbook& workbook) {
+  std::vector<CellRange> block;
+  const int lastRow = workbook.LastRow();
+  const int lastColumn = workbook.LastCol();
+  for (int i = 0; i < workbook.SelectionCount(); ++i) {
+    CellRange range = workbook.GetSelection(i);
+    if (range.lastRow == GridStore::MaxRows) range.lastRow = std::max(range.firstRow, lastRow);
+    if (range.lastColumn == GridStore::MaxColumns) range.lastColumn = std::max(range.firstColumn, lastColumn);
+    block.push_back(range);
+  }
+  const CellRange& first = block.front();
+  const bool sameRows = std::all_of(block.begin(), block.end(), [&](const CellRange& range) {
+    return range.firstRow == first.firstRow && range.lastRow == first.lastRow;
+  });
+  const bool sameColumns = std::all_of(block.begin(), block.end(), [&](const CellRange& range) {
+    return range.firstColumn == first.firstColumn && range.lastColumn == first.lastColumn;
+  });
+  if (sameRows) {
+    std::stable_sort(block.begin(), block.end(),
+                     [](const CellRange& a, const CellRange& b) { return a.firstColumn < b.firstColumn; });
+  } else if (sameColumns) {
+    std::stable_sort(block.begin(), block.end(),
+                     [](const CellRange& a, const CellRange& b) { return a.firstRow < b.firstRow; });
+  } else {
+    block.clear();
+  }
+  return block;
+}
+
+namespace {
+
+// Visits a block line by line: `field(row, column, isFirst)`, then `line()`.
+template <typename OnField, typename OnLine>
+void ForBlock(std::span<const CellRange> block, OnField field, OnLine line) {
+  if (block.empty()) return;
+  const bool sideBySide = block.size() > 1 && block[0].firstRow == block[1].firstRow;
+  const auto visit = [&](std::span<const CellRange> parts, int row) {
+    bool first = true;
+    for (const CellRange& part : parts) {
+      for (int column = part.firstColumn; column <= part.lastColumn; ++column) {
+        field(row, column, first);
+        first = false;
+      }
+    }
+    line();
+  };
+  if (sideBySide) {
+    for (int row = block[0].firstRow; row <= block[0].lastRow; ++row) visit(block, row);
+  } else {
+    for (std::size_t i = 0; i < block.size(); ++i) {
+      for (int row = block[i].firstRow; row <= block[i].lastRow; ++row) visit(block.subspan(i, 1), row);
+    }
+  }
+}
+
+}  // namespace
+
+std::string BlockText(const Workbook& workbook, std::span<const CellRange> block, const Regional& regional,
+                      bool quoteTexts) {
+  std::string out;
+  ForBlock(
+      block,
+      [&](int row, int column, bool first) {
+        if (!first) out += '\t';
+        const CellView cell = workbook.ReadRC(row, column);
+        if (std::abs(cell.type) == NumberCell) {
+          if (regional.decimalSymbol == ".") {
+            fmt::format_to(std::back_inserter(out), "{}", cell.number);
+          } else {
+            out += Localized(fmt::format("{}", cell.number), regional);
+          }
+        } else if (std::abs(cell.type) == LogicalCell) {
+          out += cell.number != 0 ? "TRUE" : "FALSE";
+        } else if (std::abs(cell.type) == TextCell) {
+          const bool quote =
+              quoteTexts || cell.text.find_first_of("\t\r\n") != std::string_view::npos || cell.text.starts_with('"');
+          if (!quote) {
+            out += cell.text;
+          } else {
+            out += '"';
+            for (const char c : cell.text) out.append(c == '"' ? 2 : 1, c);
+            out += '"';
+          }
+        }
+      },
+      [&] { out += '\n'; });
+  return out;
+}
+
+std::string BlockHtml(const Workbook& workbook, std::span<const CellRange> block, const Regional& regional) {
+  std::string out = "<html><head><meta charset=\"utf-8\"></head><body><table>\n<tr>";
+  ForBlock(
+      block,
+      [&](int row, int column, bool) {
+        const bool isNumber = std::abs(workbook.ReadRC(row, column).type) == NumberCell;
+        out += isNumber ? "<td align=\"right\">" : "<td>";
+        for (const char c : EditableText(workbook, row, column, regional, false)) {
+          switch (c) {
+            case '<':
+              out += "&lt;";
+              break;
+            case '>':
+              out += "&gt;";
+              break;
+            case '&':
+              out += "&amp;";
+              break;
+            case '\n':
+              out += "<br>";
+              break;
+            default:
+              out += c;
+          }
+        }
+        out += "</td>";
+      },
+      [&] { out += "</tr>\n<tr>"; });
+  out.resize(out.size() - 4);  // the row that was opened last
+  return out + "</table></body></html>";
+}
+
+TextBlock::TextBlock(std::string text) : text_(std::move(text)) {
+  // Quoted fields are unquoted in place: what is written never overtakes what is read.
+  char* const data = text_.data();
+  const std::size_t size = text_.size();
+  std::size_t at = 0;
+  bool quotesClose = true;  // a quote that nothing closes is looked for once
+  const auto endsField = [&](std::size_t i) {
+    return i >= size || data[i] == '\t' || data[i] == '\n' || data[i] == '\r';
+  };
+  while (at < size) {
+    lines_.push_back(fields_.size());
+    for (;;) {
+      Field field;
+      bool taken = false;
+      if (at < size && data[at] == '"' && quotesClose) {
+        std::size_t close = at + 1;
+        while (close < size && (data[close] != '"' || (close + 1 < size && data[close + 1] == '"'))) {
+          close += data[close] == '"' ? 2 : 1;
+        }
+        if (close >= size) {
+          quotesClose = false;
+        } else if (endsField(close + 1)) {
+          std::size_t to = at;
+          for (std::size_t from = at + 1; from < close; ++from) {
+            data[to++] = data[from];
+            if (data[from] == '"') ++from;
+          }
+          field = {std::string_view(data + at, to - at), true};
+          at = close + 1;
+          taken = true;
+        }
+      }
+      if (!taken) {
+        const std::size_t start = at;
+        while (!endsField(at)) ++at;
+        field.text = std::string_view(data + start, at - start);
+      }
+      longest_ = std::max(longest_, field.text.size());
+      fields_.push_back(field);
+      if (at >= size || data[at] != '\t') break;
+      ++at;
+    }
+    columns_ = std::max(columns_, static_cast<int>(fields_.size() - lines_.back()));
+    if (at < size && data[at] == '\r') ++at;
+    if (at < size && data[at] == '\n') ++at;
+  }
+}
+
+TextBlock::Field TextBlock::At(int row, int column) const {
+  const auto line = static_cast<std::size_t>(row);
+  const std::size_t end = line + 1 < lines_.size() ? lines_[line + 1] : fields_.size();
+  const std::size_t at = lines_[line] + static_cast<std::size_t>(column);
+  return at < end ? fields_[at] : Field{};
+}
+
+void PasteBlock(Workbook& workbook, const TextBlock& block, const CellRange& to, const Regional& regional,
+                bool quotedAreTexts) {
+  const GridStep step(workbook, "Paste");
+  std::vector<double> numbers;
+  std::vector<std::string> texts;  // empty ones clear
+  for (int column = to.firstColumn; column <= to.lastColumn; ++column) {
+    const int from = (column - to.firstColumn) % block.Columns();
+    int row = to.firstRow;
+    const auto flush = [&] {
+      if (!numbers.empty()) workbook.SetColumnNumbers(column, row - static_cast<int>(numbers.size()), numbers);
+      if (!texts.empty()) workbook.SetColumnTexts(column, row - static_cast<int>(texts.size()), texts);
+      numbers.clear();
+      texts.clear();
+    };
+    for (; row <= to.lastRow; ++row) {
+      const TextBlock::Field field = block.At((row - to.firstRow) % block.Rows(), from);
+      const TypedValue value =
+          field.quoted && quotedAreTexts ? TypedValue{TextCell, 0} : ReadTyped(field.text, regional);
+      if (value.type == NumberCell) {
+        if (!texts.empty()) flush();
+        numbers.push_back(value.number);
+      } else if (value.type == LogicalCell) {
+        flush();
+        workbook.SetLogical(row, column, value.number != 0);
+      } else {
+        if (!numbers.empty()) flush();
+        texts.emplace_back(field.text);
+      }
+    }
+    flush();
+  }
+}
+
+void FillRange(Workbook& workbook, const CellRange& range, Shift direction) {
+  const bool down = direction == Shift::Rows;
+  const GridStep step(workbook, down ? "Fill down" : "Fill right");
+  const int count = down ? range.lastRow - range.firstRow + 1 : range.lastColumn - range.firstColumn + 1;
+  // What is filled is copied in turn: the steps double.
+  for (int done = 1; done < count;) {
+    const int next = std::min(done, count - done);
+    CellRange from = range;
+    if (down) {
+      from.lastRow = range.firstRow + next - 1;
+      workbook.CopyBlock(from, range.firstRow + done, range.firstColumn);
+    } else {
+      from.lastColumn = range.firstColumn + next - 1;
+      workbook.CopyBlock(from, range.firstRow, range.firstColumn + done);
+    }
+    done += next;
+  }
+}
+
+// --- find and replace ---
+
+namespace {
+
+class Matcher {
+ public:
+  Matcher(std::string_view text, const FindOptions& options)
+      : options_(options),
+        text_(options.matchCase ? std::string(text) : FoldCase(text)),
+        inNumbers_(text_.find_first_not_of("0123456789+-.eE") == std::string::npos),
+        inLogicals_(text.find_first_not_of("TRUEFALSEtruefalse") == std::string_view::npos) {}
+
+  bool Matches(const Workbook& workbook, int row, int column) const {
+    const CellView cell = workbook.ReadRC(row, column);
+    switch (std::abs(cell.type)) {
+      case EmptyCell:
+        return false;
+      case NumberCell:
+        if (!inNumbers_) return false;
+        break;
+      case LogicalCell:
+        if (!inLogicals_) return false;
+        break;
+      default:
+        return Holds(cell.text);
+    }
+    return Holds(workbook.FormattedTextRC(row, column));
+  }
+
+  bool Holds(std::string_view shown) const {
+    if (options_.wholeCell && options_.matchCase) return shown == text_;
+    if (options_.matchCase) return shown.find(text_) != std::string_view::npos;
+    folded_ = FoldCase(shown);
+    return options_.wholeCell ? folded_ == text_ : folded_.find(text_) != std::string::npos;
+  }
+
+  // The text with every occurrence replaced.
+  std::string Replaced(std::string_view shown, std::string_view by) const {
+    if (options_.wholeCell) return std::string(by);
+    if (options_.matchCase) return ReplaceAll(shown, text_, by);
+    std::string out;
+    for (std::size_t at = 0; at < shown.size();) {
+      std::size_t length = MatchAt(shown, at);
+      if (length > 0) {
+        out += by;
+      } else {
+        length = 1;
+        while (at + length < shown.size() && IsContinuation(shown[at + length])) ++length;
+        out += shown.substr(at, length);
+      }
+      at += length;
+    }
+    return out;
+  }
+
+ private:
+  static bool IsContinuation(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
+
+  // Bytes at a place that fold to the text, or 0. Folding may change lengths, so it goes character by character.
+  std::size_t MatchAt(std::string_view shown, std::size_t at) const {
+    std::string folded;
+    for (std::size_t end = at; end < shown.size() && folded.size() < text_.size();) {
+      const std::size_t start = end++;
+      while (end < shown.size() && IsContinuation(shown[end])) ++end;
+      folded += FoldCase(shown.substr(start, end - start));
+      if (folded == text_) return end - at;
+      if (text_.compare(0, folded.size(), folded) != 0) return 0;
+    }
+    return 0;
+  }
+
+  FindOptions options_;
+  std::string text_;
+  bool inNumbers_;
+  bool inLogicals_;
+  mutable std::string folded_;
+};
+
+// Replaces in a cell that matches; false for what cannot be replaced.
+bool ReplaceIn(Workbook& workbook, int row, int column, const Matcher& matcher, std::string_view by,
+               const Regional& regional) {
+  const CellView cell = workbook.ReadRC(row, column);
+  if (cell.type < 0) return false;
+  // Of a number all digits count, lest the ones not shown be lost.
+  const std::string old = EditableText(workbook, row, column, regional);
+  if (!matcher.Holds(old)) return false;
+  const std::string made = matcher.Replaced(old, by);
+  std::string reason;
+  return made != old && CommitText(workbook, row, column, made, regional, reason);
+}
+
+}  // namespace
+
+bool FindNext(const Workbook& workbook, std::string_view text, const FindOptions& options, int& row, int& column) {
+  const int rows = workbook.LastRow();
+  const int columns = workbook.LastCol();
+  if (text.empty() || rows == 0 || columns == 0) return false;
+  const Matcher matcher(text, options);
+  // Cells are numbered in the order of the search.
+  const std::int64_t line = options.byColumns ? rows : columns;
+  const std::int64_t count = static_cast<std::int64_t>(rows) * columns;
+  // Beside the used part a search starts at the end of its line, below it at the end of all.
+  const std::int64_t within =
+      std::min<std::int64_t>(options.byColumns ? row - 1 : column - 1, options.backwards ? line : line - 1);
+  const std::int64_t at =
+      std::min(((options.byColumns ? column : row) - 1) * line + within, options.backwards ? count : count - 1);
+  int atRow = options.byColumns ? static_cast<int>(at % line) + 1 : static_cast<int>(at / line) + 1;
+  int atColumn = options.byColumns ? static_cast<int>(at / line) + 1 : static_cast<int>(at % line) + 1;
+  const int by = options.backwards ? -1 : 1;
+  for (std::int64_t i = 0; i < count; ++i) {
+    int& inner = options.byColumns ? atRow : atColumn;
+    int& outer = options.byColumns ? atColumn : atRow;
+    const int innerCount = options.byColumns ? rows : columns;
+    const int outerCount = options.byColumns ? columns : rows;
+    inner += by;
+    if (inner < 1 || inner > innerCount) {
+      inner = by > 0 ? 1 : innerCount;
+      outer += by;
+      if (outer < 1 || outer > outerCount) outer = by > 0 ? 1 : outerCount;
+    }
+    if (matcher.Matches(workbook, atRow, atColumn)) {
+      row = atRow;
+      column = atColumn;
+      return true;
+    }
+  }
+  return false;
+}
+
+int ReplaceAll(Workbook& workbook, std::string_view text, std::string_view by, const FindOptions& options,
+               const Regional& regional) {
+  if (text.empty()) return 0;
+  const Matcher matcher(text, options);
+  const GridStep step(workbook, "Replace");
+  int replaced = 0;
+  const int rows = workbook.LastRow();
+  for (int column = workbook.LastCol(); column >= 1; --column) {
+    for (int row = 1; row <= rows; ++row) {
+      if (matcher.Matches(workbook, row, column) && ReplaceIn(workbook, row, column, matcher, by, regional)) ++replaced;
+    }
+  }
+  return replaced;
+}
+
+bool ReplaceOne(Workbook& workbook, int row, int column, std::string_view text, std::string_view by,
+                const FindOptions& options, const Regional& regional) {
+  if (text.empty()) return false;
+  const Matcher matcher(text, options);
+  const GridStep step(workbook, "Replace");
+  return matcher.Matches(workbook, row, column) && ReplaceIn(workbook, row, column, matcher, by, regional);
+}
+
+}  // namespace tellurix
