@@ -38,6 +38,11 @@ bool IsWide(ControlKind kind) {
          kind == ControlKind::Picture;
 }
 
+// A combo to type in that offers nothing to choose is shown as a line to type in.
+bool IsPlainEntry(const Control& control) {
+  return control.kind == ControlKind::Combo && control.editable && control.items.empty();
+}
+
 // The text of a grid's cells, row by row.
 std::vector<std::vector<std::string>> CellsOf(const QTableWidget& table) {
   std::vector<std::vector<std::string>> cells;
@@ -86,7 +91,7 @@ void FormDialog::Build() {
   for (const Control& control : form_.Controls()) {
     QWidget* widget = MakeWidget(control);
     widget->setObjectName(Q(control.id));
-    Shown shown{control.id, control.kind, widget, nullptr};
+    Shown shown{control.id, IsPlainEntry(control) ? ControlKind::Text : control.kind, widget, nullptr};
     const bool labelled = control.kind == ControlKind::Text || control.kind == ControlKind::Combo ||
                           control.kind == ControlKind::Slider || control.kind == ControlKind::Colour;
     if (control.kind == ControlKind::Button) {
@@ -131,13 +136,9 @@ QWidget* FormDialog::MakeWidget(const Control& control) {
     if (!refreshing_) form_.Set(id, value);
   };
   switch (control.kind) {
-    case ControlKind::Text: {
-      auto* edit = new QLineEdit(this);
-      connect(edit, &QLineEdit::textEdited, this, [set](const QString& text) { set(text.toStdString()); });
-      edit->installEventFilter(this);
-      return edit;
-    }
+    case ControlKind::Text: return MakeEntry(control);
     case ControlKind::Combo: {
+      if (IsPlainEntry(control)) return MakeEntry(control);
       auto* combo = new QComboBox(this);
       combo->setEditable(control.editable);
       combo->setInsertPolicy(QComboBox::NoInsert);
@@ -191,6 +192,16 @@ QWidget* FormDialog::MakeWidget(const Control& control) {
       return label;
     }
   }
+}
+
+QWidget* FormDialog::MakeEntry(const Control& control) {
+  auto* edit = new QLineEdit(this);
+  const std::string id = control.id;
+  connect(edit, &QLineEdit::textEdited, this, [this, id](const QString& text) {
+    if (!refreshing_) form_.Set(id, text.toStdString());
+  });
+  edit->installEventFilter(this);
+  return edit;
 }
 
 QWidget* FormDialog::MakeGrid(const Control& control) {
@@ -261,7 +272,7 @@ void FormDialog::Refresh(std::string_view id) {
 void FormDialog::RefreshControl(const Shown& shown, const Control& control) {
   const bool before = refreshing_;
   refreshing_ = true;
-  switch (control.kind) {
+  switch (shown.kind) {
     case ControlKind::Label: static_cast<QLabel*>(shown.widget)->setText(Q(PlainCaption(control.caption))); break;
     case ControlKind::Text: {
       auto* edit = static_cast<QLineEdit*>(shown.widget);

@@ -46,6 +46,7 @@ class FormDialog : public QDialog {
 
   void Build();
   QWidget* MakeWidget(const Control& control);
+  QWidget* MakeEntry(const Control& control);
   QWidget* MakeGrid(const Control& control);
   QWidget* MakeSlider(const Control& control);
   QWidget* MakeColour(const Control& control);

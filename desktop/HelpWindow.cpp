@@ -14,6 +14,7 @@
 #include <iterator>
 #include <sstream>
 
+#include "desktop/Icons.h"
 #include "numeric/Text.h"
 
 namespace tellurix {
@@ -105,8 +106,8 @@ HelpWindow::HelpWindow(const fs::path& folder, QWidget* parent)
   setCentralWidget(splitter);
 
   auto* bar = addToolBar("Help");
-  QAction* back = bar->addAction(QIcon::fromTheme("go-previous"), "Back");
-  QAction* forward = bar->addAction(QIcon::fromTheme("go-next"), "Forward");
+  QAction* back = bar->addAction(ThemeIcon("go-previous"), "Back");
+  QAction* forward = bar->addAction(ThemeIcon("go-next"), "Forward");
   back->setEnabled(false);
   forward->setEnabled(false);
   back->setShortcut(QKeySequence::Back);

@@ -39,8 +39,8 @@ class HelpWindow : public QMainWindow {
   void Search(const QString& words);
   void ShowPage(std::size_t index);
 
+  std::map<int, std::size_t> byNumber_;  // filled while the topics are read
   std::vector<HelpTopic> topics_;
-  std::map<int, std::size_t> byNumber_;
   QListWidget* list_;
   QLineEdit* search_;
   QTextBrowser* page_;

@@ -1,7 +1,468 @@
 #include "desktop/MainWindow.h"
 
+#include <QAction>
+#include <QApplication>
+#include <QCloseEvent>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QMdiArea>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QStatusBar>
+#include <QTimer>
+#include <QToolBar>
+#include <QVBoxLayout>
+
+#include "desktop/DesktopHost.h"
+#include "desktop/DocumentWindows.h"
+#include "desktop/HelpWindow.h"
+#include "desktop/Icons.h"
+#include "desktop/ReportView.h"
+#include "desktop/SelectionBar.h"
+#include "desktop/WorksheetView.h"
+#include "numeric/Text.h"
+#include "session/SessionSettings.h"
+#include "session/Skeleton.h"
+#include "shell/Dispatch.h"
+#include "shell/DocumentFiles.h"
+#include "shell/Tools.h"
+
 namespace tellurix {
 
-MainWindow::MainWindow() { setWindowTitle("Tellurix"); }
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* OpenFilter =
+    "Comma Separated Vector File (*.csv)|*.csv|Tabbed Text Workbook (*.tab)|*.tab|Rich Text Reports (*.rtf)|*.rtf|"
+    "All files (*.*)|*.*";
+
+QString Q(std::string_view text) { return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())); }
+
+// The keys that people expect.
+const std::map<std::string, QKeySequence>& Shortcuts() {
+  static const std::map<std::string, QKeySequence> keys{
+      {"M_New_Workbook", QKeySequence::New},   {"M_Open", QKeySequence::Open},
+      {"M_Save_Workbook", QKeySequence::Save}, {"M_Report_Save", QKeySequence::Save},
+      {"M_Print", QKeySequence::Print},        {"M_Report_Print", QKeySequence::Print},
+      {"M_Find", QKeySequence::Find},          {"M_Report_Find", QKeySequence::Find},
+      {"M_Replace", QKeySequence::Replace},
+  };
+  return keys;
+}
+
+}  // namespace
+
+MainWindow::MainWindow(Paths paths, const fs::path& settingsFile)
+    : settings_(settingsFile),
+      bar_(new SelectionBar(this)),
+      area_(new QMdiArea(this)),
+      host_(std::make_unique<DesktopHost>(
+          *this, *bar_, [this](bool on) { SetCommandsEnabled(on); },
+          [this](std::string_view text) { statusBar()->showMessage(Q(text)); }, [this](int topic) { ShowHelp(topic); })),
+      recorder_(std::make_unique<Recorder>(*host_, documents_)),
+      session_(*recorder_, documents_, settings_, std::move(paths)) {
+  setObjectName("MD1");
+  setWindowTitle("Tellurix");
+  setWindowIcon(ThemeIcon("tellurix"));
+  resize(1180, 760);
+  area_->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+  area_->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+  auto* centre = new QWidget(this);
+  auto* layout = new QVBoxLayout(centre);
+  layout->setContentsMargins(0, 0, 0, 0);
+  layout->setSpacing(0);
+  layout->addWidget(bar_);
+  layout->addWidget(area_, 1);
+  setCentralWidget(centre);
+  LoadSettings(session_);
+  windowActions_ = MakeWindowActions(*this);
+  MakeToolbar();
+  BuildMenus();
+  statusBar()->showMessage("Ready");
+  qApp->installEventFilter(this);
+
+  documents_.onWorkbookOpened = [this](Workbook& workbook) { ShowWorkbook(workbook); };
+  documents_.onReportOpened = [this](Report& report) { ShowReport(report); };
+  documents_.onReportActivated = [this](Report& report) {
+    for (QMdiSubWindow* child : area_->subWindowList()) {
+      auto* form = qobject_cast<ReportForm*>(child);
+      if (form && &form->Shown() == &report) area_->setActiveSubWindow(form);
+    }
+  };
+  documents_.onWorkbookActivated = [this](Workbook& workbook) {
+    for (QMdiSubWindow* child : area_->subWindowList()) {
+      auto* form = qobject_cast<WorksheetForm*>(child);
+      if (form && &form->Book() == &workbook) area_->setActiveSubWindow(form);
+    }
+  };
+  connect(area_, &QMdiArea::subWindowActivated, this, &MainWindow::ChildActivated);
+  connect(bar_, &SelectionBar::WaitBegan, this, [this] {
+    WorksheetForm* form = nullptr;
+    for (QMdiSubWindow* child : area_->subWindowList()) {
+      if (auto* sheet = qobject_cast<WorksheetForm*>(child)) {
+        sheet->View().SetSelecting(true);
+        if (documents_.ActiveWorkbook() == &sheet->Book()) form = sheet;
+      }
+    }
+    if (!form) return;
+    area_->setActiveSubWindow(form);
+    form->View().Grid()->setFocus();
+  });
+  connect(bar_, &SelectionBar::WaitEnded, this, [this] {
+    for (QMdiSubWindow* child : area_->subWindowList()) {
+      if (auto* sheet = qobject_cast<WorksheetForm*>(child)) sheet->View().SetSelecting(false);
+    }
+  });
+}
+
+MainWindow::~MainWindow() {
+  documents_.onWorkbookOpened = nullptr;
+  documents_.onReportOpened = nullptr;
+  documents_.onWorkbookActivated = nullptr;
+  documents_.onReportActivated = nullptr;
+  disconnect(area_, nullptr, this, nullptr);
+  // The windows show what the documents hold.
+  qDeleteAll(area_->subWindowList());
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// The menu of the active window
+// ---------------------------------------------------------------------------------------------------------------------
+
+unsigned MainWindow::ActiveKind() const {
+  if (ActiveWorksheet()) return InWorksheet;
+  return ActiveReport() ? InReport : InMain;
+}
+
+void MainWindow::BuildMenus() {
+  shownKind_ = ActiveKind();
+  menuBar()->clear();
+  for (const MenuEntry& entry : CommandTable()) {
+    if (entry.windows & shownKind_) AddEntry(entry, shownKind_);
+  }
+  AddTools();
+}
+
+// The tools that are configured stand for those of the table; recording is the desktop's own.
+void MainWindow::AddTools() {
+  for (QAction* head : menuBar()->actions()) {
+    if (head->text() != "&Tools") continue;
+    QMenu* menu = head->menu();
+    QAction* first = menu->actions().value(0);
+    int number = 0;
+    for (const Tool& tool : ConfiguredTools(session_)) {
+      auto* action = new QAction(Q(tool.caption), menu);
+      action->setObjectName(QString("M_Apps(%1)").arg(number++));
+      // The calculator is not built yet.
+      const bool isCalculator = tool.commandLine.find("TellurixCalculator") != std::string::npos;
+      action->setEnabled(!isCalculator);
+      action->setStatusTip(isCalculator ? "This command is not available yet" : Q(tool.commandLine));
+      connect(action, &QAction::triggered, this, [this, tool] { RunTool(session_, tool, [] {}); });
+      menu->insertAction(first, action);
+    }
+    menu->insertSeparator(first);
+    QAction* record = menu->addAction("&Record Script");
+    record->setObjectName("M_Record");
+    record->setCheckable(true);
+    record->setChecked(recorder_->IsRecording());
+    record->setStatusTip("Write down what is done, for playing it again");
+    connect(record, &QAction::toggled, this, &MainWindow::Record);
+  }
+}
+
+void MainWindow::AddEntry(const MenuEntry& entry, unsigned window) {
+  if (entry.name.starts_with("M_Apps(")) return;
+  QWidget* at = menuBar();
+  auto captions = Split(entry.captions, '/');
+  for (std::size_t i = 0; i + 1 < captions.size(); ++i) {
+    QMenu* menu = nullptr;
+    for (QAction* action : at->actions()) {
+      if (action->menu() && action->text() == Q(captions[i])) menu = action->menu();
+    }
+    if (!menu) {
+      menu = at == menuBar() ? menuBar()->addMenu(Q(captions[i])) : static_cast<QMenu*>(at)->addMenu(Q(captions[i]));
+      menu->setToolTipsVisible(true);
+    }
+    at = menu;
+  }
+  QAction* action = static_cast<QMenu*>(at)->addAction(Q(captions.back()));
+  action->setObjectName(Q(entry.name));
+  const auto own = windowActions_.find(entry.name);
+  const bool works = (entry.active & window) && (entry.command || (own != windowActions_.end() && (own->second.windows & window)));
+  action->setEnabled(works);
+  action->setStatusTip(works ? Q(ReplaceAll(entry.path, "/", ", ")) : QString("This command is not available yet"));
+  if (works) {
+    if (const auto key = Shortcuts().find(entry.name); key != Shortcuts().end()) action->setShortcut(key->second);
+  }
+  connect(action, &QAction::triggered, this, [this, &entry] { RunEntry(entry); });
+}
+
+void MainWindow::RunEntry(const MenuEntry& entry) {
+  if (!commandsEnabled_ || session_.CommandRunning) return;
+  session_.HelpContext = entry.helpContext;
+  if (const auto action = windowActions_.find(entry.name); action != windowActions_.end()) return action->second.run();
+  if (!entry.command) return;
+  WorksheetForm* sheet = ActiveWorksheet();
+  if (sheet && !sheet->View().CommitEdit()) return;
+  recorder_->NoteRun(entry.path);
+  RunCommand(session_, entry);
+  CommandEnded();
+}
+
+void MainWindow::CommandEnded() {
+  if (!closing_) return;
+  QWidget* window = closing_;
+  closing_ = nullptr;
+  QTimer::singleShot(0, window, [window] { window->close(); });
+}
+
+void MainWindow::NewWorkbook() {
+  documents_.NewWorkbook();
+  recorder_->Note("new workbook");
+}
+
+void MainWindow::NewReport() {
+  documents_.NewReport();
+  recorder_->Note("new report");
+}
+
+void MainWindow::ChooseAndOpen() {
+  const auto file = host_->ChooseFile({.title = "Open File", .filter = OpenFilter});
+  if (file) OpenFile(*file);
+}
+
+void MainWindow::SetupToolsMenu() {
+  SetupTools(session_);
+  BuildMenus();
+}
+
+void MainWindow::Refuse(const QString& reason) { ShowMessage(session_, reason.toStdString(), WarningIcon); }
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Child windows
+// ---------------------------------------------------------------------------------------------------------------------
+
+DocumentWindow* MainWindow::ActiveDocument() const {
+  return qobject_cast<DocumentWindow*>(area_->currentSubWindow());
+}
+
+WorksheetForm* MainWindow::ActiveWorksheet() const { return qobject_cast<WorksheetForm*>(area_->currentSubWindow()); }
+
+ReportForm* MainWindow::ActiveReport() const { return qobject_cast<ReportForm*>(area_->currentSubWindow()); }
+
+void MainWindow::ShowWorkbook(Workbook& workbook) {
+  auto* form = new WorksheetForm(*this, workbook);
+  area_->addSubWindow(form);
+  form->show();
+}
+
+void MainWindow::ShowReport(Report& report) {
+  auto* form = new ReportForm(*this, report);
+  area_->addSubWindow(form);
+  form->show();
+}
+
+void MainWindow::ChildActivated(QMdiSubWindow* child) {
+  // A command's own look at the active workbook must not turn while it waits for a selection elsewhere.
+  if (auto* sheet = qobject_cast<WorksheetForm*>(child)) {
+    documents_.ActivateWorkbook(documents_.IndexOf(sheet->Book()));
+  } else if (auto* report = qobject_cast<ReportForm*>(child)) {
+    documents_.ActivateReport(documents_.IndexOf(report->Shown()));
+  }
+  if (ActiveKind() != shownKind_) BuildMenus();
+}
+
+void MainWindow::Forget(DocumentWindow& window) {
+  if (closing_ == &window) closing_ = nullptr;
+}
+
+bool MainWindow::OpenFile(const fs::path& file) {
+  std::string problem;
+  BusyPointer(session_);
+  const bool opened = OpenDocument(documents_, session_.options.regional, file, problem);
+  NormalPointer(session_);
+  std::error_code error;
+  if (opened) {
+    recorder_->Note("open " + std::string("\"") + fs::absolute(file, error).string() + "\"");
+  } else {
+    ShowMessage(session_, problem, WarningIcon, "File Open");
+  }
+  return opened;
+}
+
+SaveFunctions MainWindow::Savers() {
+  return {.workbook = [this](Workbook& workbook) { return SaveWorkbookAs(workbook, false); },
+          .report = [this](Report& report) { return SaveReportAs(report, false); }};
+}
+
+bool MainWindow::SaveWorkbookAs(Workbook& workbook, bool askName) {
+  fs::path file = workbook.document.path;
+  if (askName || file.empty()) {
+    const auto chosen = host_->ChooseFile({.title = "Save Workbook As",
+                                           .filter = "Comma delimited (*.csv)|*.csv|Tabbed Text (*.tab)|*.tab",
+                                           .defaultExtension = "csv",
+                                           .suggestedName = file.empty() ? DocumentName(workbook.document) : file.string(),
+                                           .save = true});
+    if (!chosen) return false;
+    file = *chosen;
+  }
+  std::string problem;
+  if (!SaveWorkbook(workbook, file, problem)) {
+    ShowMessage(session_, problem, WarningIcon, "Saving Workbook");
+    return false;
+  }
+  workbook.document.path = file.string();
+  workbook.document.caption = file.filename().string();
+  workbook.MarkSaved();
+  return true;
+}
+
+bool MainWindow::SaveReportAs(Report& report, bool askName) {
+  fs::path file = report.document.path;
+  if (askName || file.empty()) {
+    const auto chosen = host_->ChooseFile({.title = "Save Report As",
+                                           .filter = "RTF File (*.rtf)|*.rtf",
+                                           .defaultExtension = "rtf",
+                                           .suggestedName = file.empty() ? DocumentName(report.document) : file.string(),
+                                           .save = true});
+    if (!chosen) return false;
+    file = *chosen;
+  }
+  std::string problem;
+  if (!SaveReport(report, file, problem)) {
+    ShowMessage(session_, problem, WarningIcon, "Saving Report");
+    return false;
+  }
+  report.document.path = file.string();
+  report.document.caption = file.filename().string();
+  report.document.changed = false;
+  return true;
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Toolbar, help, recording
+// ---------------------------------------------------------------------------------------------------------------------
+
+void MainWindow::MakeToolbar() {
+  auto* bar = addToolBar("Toolbar");
+  bar->setObjectName("Toolbar1");
+  bar->setMovable(false);
+  const struct {
+    const char* key;
+    const char* icon;
+  } buttons[] = {{"New", "document-new"},  {"Open", "document-open"}, {"Save", "document-save"}, {"Print", "document-print"},
+                 {"", ""},                 {"Cut", "edit-cut"},       {"Copy", "edit-copy"},     {"Paste", "edit-paste"},
+                 {"Undo", "edit-undo"},    {"", ""},                  {"Calculator", "accessories-calculator"},
+                 {"Help", "help-contents"}};
+  for (const auto& button : buttons) {
+    const QString key = button.key;
+    if (key.isEmpty()) {
+      bar->addSeparator();
+      continue;
+    }
+    QAction* action = bar->addAction(ThemeIcon(button.icon), key);
+    action->setData(key);
+    toolActions_[key] = action;
+    connect(action, &QAction::triggered, this, [this, key] { ToolPressed(key); });
+  }
+  toolActions_["Calculator"]->setEnabled(false);
+  toolActions_["Calculator"]->setStatusTip("This command is not available yet");
+}
+
+void MainWindow::ToolPressed(const QString& key) {
+  if (key == "New") return NewWorkbook();
+  if (key == "Open") return ChooseAndOpen();
+  if (key == "Help") return HelpInFront();
+  if (key == "Save") {
+    if (DocumentWindow* window = ActiveDocument()) window->Save(false);
+    return;
+  }
+  const auto action = windowActions_.find("M_" + key.toStdString());
+  if (action != windowActions_.end() && (action->second.windows & ActiveKind())) action->second.run();
+}
+
+// F1 anywhere but in a dialog, which knows its own topic.
+bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
+  if (event->type() == QEvent::KeyPress && static_cast<QKeyEvent*>(event)->key() == Qt::Key_F1 &&
+      !QApplication::activeModalWidget()) {
+    auto* widget = qobject_cast<QWidget*>(watched);
+    if (widget && widget->window() == this) {
+      HelpInFront();
+      return true;
+    }
+  }
+  return QMainWindow::eventFilter(watched, event);
+}
+
+// Over a report the topic of the result under the caret, else that of the command last chosen.
+void MainWindow::HelpInFront() {
+  ReportForm* report = ActiveReport();
+  ShowHelp(report ? report->View().HelpTopicAtCaret() : session_.HelpContext);
+}
+
+void MainWindow::ShowHelp(int topic) {
+  if (!help_) help_ = std::make_unique<HelpWindow>(session_.paths.program / "Help");
+  help_->ShowTopic(topic);
+}
+
+void MainWindow::Record(bool on) {
+  if (on == recorder_->IsRecording()) return;
+  if (on) {
+    recorder_->Start();
+    return statusBar()->showMessage("Recording");
+  }
+  recorder_->Stop();
+  const auto file = host_->ChooseFile({.title = "Save Script As",
+                                       .filter = "Scripts (*.tlx)|*.tlx",
+                                       .defaultExtension = "tlx",
+                                       .suggestedName = "script.tlx",
+                                       .save = true});
+  std::string problem;
+  if (file && !WriteWholeFile(*file, recorder_->Text(), problem)) {
+    ShowMessage(session_, problem, WarningIcon, "Saving Script");
+  }
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Waiting and closing
+// ---------------------------------------------------------------------------------------------------------------------
+
+void MainWindow::SetCommandsEnabled(bool enabled) {
+  commandsEnabled_ = enabled;
+  menuBar()->setEnabled(enabled);
+  for (const auto& [key, action] : toolActions_) {
+    if (key != "Calculator") action->setEnabled(enabled || key == "Help");
+  }
+}
+
+bool MainWindow::StopRunningCommand(QWidget& closing) {
+  if (!session_.CommandRunning) return false;
+  if (session_.CalculationRunning &&
+      ShowMessage(session_, "A calculation is running, are you sure you want to quit?", YesNo | QuestionIcon,
+                  "Tellurix Close-Down") != Reply::Yes) {
+    return true;
+  }
+  closing_ = &closing;
+  session_.data.Batch = false;
+  session_.CancelRequested = true;
+  bar_->Cancel();
+  return true;
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+  event->ignore();
+  if (StopRunningCommand(*this)) return;
+  for (QMdiSubWindow* child : area_->subWindowList()) {
+    if (auto* sheet = qobject_cast<WorksheetForm*>(child)) sheet->View().CommitEdit();
+    if (auto* report = qobject_cast<ReportForm*>(child)) report->View().Commit();
+  }
+  if (!AskBeforeClosing(session_, Savers())) return;
+  DeleteTemporaryFiles(session_.paths);
+  SaveSettings(session_);
+  host_->CloseForms();
+  help_.reset();
+  event->accept();
+}
 
 }  // namespace tellurix

@@ -1,15 +1,107 @@
-// MD1, the main window.
+// MD1, the main window: the workspace with its child windows, the menu of the active one, the toolbar, the bar that
+// waits for selections, and the close-down.
 #pragma once
 
 #include <QMainWindow>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+
+#include "desktop/WindowActions.h"
+#include "session/Session.h"
+#include "shell/CloseDown.h"
+#include "shell/CommandTable.h"
+#include "shell/IniSettings.h"
+#include "shell/OpenDocuments.h"
+#include "shell/Recorder.h"
+
+class QMdiArea;
+class QMdiSubWindow;
 
 namespace tellurix {
+
+class DesktopHost;
+class DocumentWindow;
+class HelpWindow;
+class ReportForm;
+class SelectionBar;
+class WorksheetForm;
 
 class MainWindow : public QMainWindow {
   Q_OBJECT
 
  public:
-  MainWindow();
+  // `settingsFile` empty: settings live in memory only.
+  MainWindow(Paths paths, const std::filesystem::path& settingsFile);
+  ~MainWindow() override;
+
+  Session& DesktopSession() { return session_; }
+  OpenDocuments& OpenedDocuments() { return documents_; }
+  SelectionBar& Bar() { return *bar_; }
+
+  // Opens a file by its extension; false after a message.
+  bool OpenFile(const std::filesystem::path& file);
+
+  // Runs a menu entry, whatever stands behind it.
+  void RunEntry(const MenuEntry& entry);
+
+  // The active child windows; null when the active window is of the other kind or none is open.
+  DocumentWindow* ActiveDocument() const;
+  WorksheetForm* ActiveWorksheet() const;
+  ReportForm* ActiveReport() const;
+
+  // --- for the child windows ---
+  // A command runs: closing waits until it has been taken back. False when nothing runs.
+  bool StopRunningCommand(QWidget& closing);
+  SaveFunctions Savers();
+  bool SaveWorkbookAs(Workbook& workbook, bool askName);
+  bool SaveReportAs(Report& report, bool askName);
+  void ShowHelp(int topic);
+  void Refuse(const QString& reason);   // a message box that says why something cannot be done
+  void Forget(DocumentWindow& window);  // it is closing
+
+  // --- for the menu's entries ---
+  QMdiArea& Area() { return *area_; }
+  void NewWorkbook();
+  void NewReport();
+  void ChooseAndOpen();
+  void SetupToolsMenu();
+
+ protected:
+  void closeEvent(QCloseEvent* event) override;
+  bool eventFilter(QObject* watched, QEvent* event) override;
+
+ private:
+  void MakeToolbar();
+  void BuildMenus();
+  void AddEntry(const MenuEntry& entry, unsigned window);
+  void AddTools();
+  unsigned ActiveKind() const;
+  void ShowWorkbook(Workbook& workbook);
+  void ShowReport(Report& report);
+  void ChildActivated(QMdiSubWindow* child);
+  void SetCommandsEnabled(bool enabled);
+  void CommandEnded();
+  void HelpInFront();
+  void Record(bool on);
+  void ToolPressed(const QString& key);
+
+  IniSettings settings_;
+  OpenDocuments documents_;
+  SelectionBar* bar_;
+  QMdiArea* area_;
+  std::unique_ptr<DesktopHost> host_;
+  std::unique_ptr<Recorder> recorder_;
+  Session session_;
+  std::unique_ptr<HelpWindow> help_;
+
+  WindowActions windowActions_;
+  std::map<QString, QAction*> toolActions_;      // by the button's key
+  unsigned shownKind_ = 0;
+  bool commandsEnabled_ = true;
+  QWidget* closing_ = nullptr;  // closes once the running command has ended
 };
 
 }  // namespace tellurix

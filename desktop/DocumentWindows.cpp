@@ -1,0 +1,107 @@
+#include "desktop/DocumentWindows.h"
+
+#include <QCloseEvent>
+
+#include "desktop/Icons.h"
+#include "desktop/MainWindow.h"
+#include "desktop/ReportView.h"
+#include "desktop/SelectionBar.h"
+#include "desktop/WorksheetView.h"
+
+namespace tellurix {
+
+DocumentWindow::DocumentWindow(MainWindow& main) : main_(main) {
+  setAttribute(Qt::WA_DeleteOnClose);
+  setWindowIcon(ThemeIcon("tellurix"));
+}
+
+void DocumentWindow::UpdateTitle() {
+  const DocumentState& state = State();
+  setWindowTitle(QString::fromStdString(state.caption) + (state.changed ? " *" : ""));
+}
+
+void DocumentWindow::closeEvent(QCloseEvent* event) {
+  event->ignore();
+  if (main_.StopRunningCommand(*this)) return;  // it closes when the command has been taken back
+  if (!AskBeforeClosing()) return;
+  main_.Forget(*this);
+  CloseDocument();
+  event->accept();
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+
+WorksheetForm::WorksheetForm(MainWindow& main, Workbook& workbook) : DocumentWindow(main), workbook_(workbook) {
+  setObjectName("Worksheet_Form");
+  view_ = new WorksheetView(workbook, main.DesktopSession().options.regional, this);
+  setWidget(view_);
+  resize(760, 480);
+  listener_ = workbook_.AddListener([this](const WorkbookChange&) { UpdateTitle(); });
+  connect(view_->Grid(), &GridView::ConfirmRequested, &main.Bar(), &SelectionBar::Confirm);
+  connect(view_, &WorksheetView::Refused, this, [this](const QString& reason) { main_.Refuse(reason); });
+  UpdateTitle();
+}
+
+WorksheetForm::~WorksheetForm() = default;
+
+DocumentState& WorksheetForm::State() { return workbook_.document; }
+
+bool WorksheetForm::AskBeforeClosing() {
+  view_->CommitEdit();
+  return tellurix::AskBeforeClosing(main_.DesktopSession(), workbook_, main_.Savers());
+}
+
+bool WorksheetForm::Save(bool askName) {
+  view_->CommitEdit();
+  const bool saved = main_.SaveWorkbookAs(workbook_, askName);
+  UpdateTitle();
+  return saved;
+}
+
+void WorksheetForm::CloseDocument() {
+  // The view reads the workbook: it goes first.
+  workbook_.RemoveListener(listener_);
+  setWidget(nullptr);
+  delete view_;
+  view_ = nullptr;
+  main_.OpenedDocuments().CloseWorkbook(workbook_);
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+
+ReportForm::ReportForm(MainWindow& main, Report& report) : DocumentWindow(main), report_(report) {
+  setObjectName("Report_Form");
+  view_ = new ReportView(this);
+  setWidget(view_);
+  resize(760, 520);
+  view_->SetReport(report);
+  connect(view_, &ReportView::HelpRequested, this, [this](int topic) { main_.ShowHelp(topic); });
+  connect(view_, &ReportView::Edited, this, [this] { UpdateTitle(); });
+  connect(view_->document(), &QTextDocument::contentsChanged, this, [this] { UpdateTitle(); });
+  UpdateTitle();
+}
+
+ReportForm::~ReportForm() = default;
+
+DocumentState& ReportForm::State() { return report_.document; }
+
+bool ReportForm::AskBeforeClosing() {
+  view_->Commit();
+  return tellurix::AskBeforeClosing(main_.DesktopSession(), report_, main_.Savers());
+}
+
+bool ReportForm::Save(bool askName) {
+  view_->Commit();
+  const bool saved = main_.SaveReportAs(report_, askName);
+  UpdateTitle();
+  return saved;
+}
+
+void ReportForm::CloseDocument() {
+  setWidget(nullptr);
+  delete view_;
+  view_ = nullptr;
+  main_.OpenedDocuments().CloseReport(report_);
+}
+
+}  // namespace tellurix

@@ -1,0 +1,181 @@
+// The road of a first analysis, as a person takes it: a csv, the menu, the bar, the form, the report, the help, the close.
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLabel>
+#include <QMdiArea>
+#include <QMdiSubWindow>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QRadioButton>
+
+#include "desktop/DocumentWindows.h"
+#include "desktop/FormDialog.h"
+#include "desktop/GridView.h"
+#include "desktop/HelpWindow.h"
+#include "desktop/MainWindow.h"
+#include "desktop/ReportView.h"
+#include "desktop/SelectionBar.h"
+#include "desktop/WorksheetView.h"
+#include "shell/ProgramFolder.h"
+#include "tests/desktop/Driver.h"
+
+namespace tellurix {
+namespace {
+
+namespace fs = std::filesystem;
+
+const fs::path Root = TELLURIX_SOURCE_DIR;
+
+class FirstRoad : public testing::Test {
+ protected:
+  FirstRoad() : main(ScriptPaths(Root), {}) {
+    main.show();
+    EXPECT_TRUE(main.OpenFile(Root / "Data" / "sleep.csv"));
+    QTest::qWait(30);
+  }
+
+  SelectionBar& bar() { return main.Bar(); }
+  QWidget* OnBar(const char* name) { return bar().findChild<QWidget*>(name); }
+  GridView* grid() {
+    for (QMdiSubWindow* window : main.Area().subWindowList()) {
+      if (auto* form = qobject_cast<WorksheetForm*>(window)) return form->View().Grid();
+    }
+    return nullptr;
+  }
+  void ActivateSheet() {
+    for (QMdiSubWindow* window : main.Area().subWindowList()) {
+      if (qobject_cast<WorksheetForm*>(window)) main.Area().setActiveSubWindow(window);
+    }
+  }
+  Report& report() { return main.OpenedDocuments().ReportAt(0); }
+  std::string ReportText() { return main.OpenedDocuments().ReportCount() ? WriteText(report().text) : ""; }
+
+  static HelpWindow* Help() {
+    for (QWidget* window : QApplication::topLevelWidgets()) {
+      if (auto* help = qobject_cast<HelpWindow*>(window)) return help;
+    }
+    return nullptr;
+  }
+  static FormDialog* Form() { return qobject_cast<FormDialog*>(QApplication::activeModalWidget()); }
+  static QMessageBox* Box() { return qobject_cast<QMessageBox*>(QApplication::activeModalWidget()); }
+  static void Click(QWidget* widget) { QTest::mouseClick(widget, Qt::LeftButton); }
+  static void PressOk() {
+    for (QPushButton* button : Form()->findChildren<QPushButton*>()) {
+      if (button->isDefault()) return Click(button);
+    }
+  }
+  static void Answer(QMessageBox::StandardButton button) { Click(Box()->button(button)); }
+
+  Driver::Ready BarShown() {
+    return [this] { return bar().IsWaiting() && bar().isVisible(); };
+  }
+  Driver::Ready FormShown() {
+    return [] { return Form() != nullptr; };
+  }
+  Driver::Ready BoxShown() {
+    return [] { return Box() != nullptr; };
+  }
+  Driver::Ready Idle() {
+    return [this] { return !main.DesktopSession().CommandRunning; };
+  }
+  void DragColumn(int column) {
+    Driver::Drag(grid()->viewport(), grid()->CellRect(1, column).center(), grid()->CellRect(11, column).center());
+  }
+
+  MainWindow main;
+  Driver driver;
+};
+
+TEST_F(FirstRoad, FromTheMenuToTheReport) {
+  driver.Step("menu", Idle(), [this] {
+    Driver::Picture(&main, "1-opened");
+    Driver::ClickMenu(main.menuBar(), {"Analysis", "Parametric", "Single Sample t"});
+  });
+  driver.Step("bar", BarShown(), [this] {
+    EXPECT_EQ(static_cast<QLabel*>(OnBar("Lab_M"))->text(), "Select DATA (1 column)");
+    EXPECT_FALSE(OnBar("Option1")->isVisible());  // one column: no groups
+    EXPECT_FALSE(main.menuBar()->isEnabled());
+    DragColumn(3);
+    EXPECT_EQ(main.OpenedDocuments().ActiveWorkbook()->Selection(), "C1:C11");
+    Driver::Picture(&main, "2-selected");
+    Click(OnBar("Multi0"));
+  });
+  driver.Step("form", FormShown(), [] {
+    EXPECT_EQ(Form()->windowTitle(), "Single sample t test");
+    Driver::Picture(Form(), "3-form");
+    QWidget* mean = Form()->WidgetOf("Combo1");
+    mean->setFocus();
+    QTest::keyClick(mean, Qt::Key_A, Qt::ControlModifier);
+    QTest::keyClicks(mean, "0");
+    PressOk();
+  });
+  driver.Step("report", [this] { return Idle()() && main.ActiveReport(); }, [this] {
+    EXPECT_NE(ReportText().find("4.062128"), std::string::npos);
+    EXPECT_TRUE(main.menuBar()->isEnabled());
+    Driver::Picture(&main, "4-report");
+    EXPECT_TRUE(main.ActiveReport()->windowTitle().startsWith("Report 01 (not saved)"));
+    // Help over the result is that of the command that made it.
+    EXPECT_EQ(main.ActiveReport()->View().HelpTopicAtCaret(), 2451);
+    main.activateWindow();
+    QTest::keyClick(&main.ActiveReport()->View(), Qt::Key_F1);
+  });
+  driver.Step("help", [] { return Help() && Help()->isVisible(); }, [this] {
+    EXPECT_EQ(Help()->CurrentTitle(), "Single sample t test");
+    Driver::Picture(Help(), "5-help");
+    QTimer::singleShot(0, &main, &QWidget::close);
+  });
+  driver.Step("close", BoxShown(), [this] {
+    EXPECT_EQ(Box()->windowTitle(), "Tellurix Close-Down");
+    EXPECT_EQ(Box()->text(), "Save changes to Report 01?");
+    Driver::Picture(Box(), "6-close");
+    Answer(QMessageBox::Cancel);
+  });
+  driver.Step("still open", [] { return !Box(); }, [this] {
+    EXPECT_TRUE(main.isVisible());
+    QTimer::singleShot(0, &main, &QWidget::close);
+  });
+  driver.Step("close for good", BoxShown(), [] { Answer(QMessageBox::No); });
+  driver.Drive();
+  EXPECT_FALSE(main.isVisible());
+}
+
+TEST_F(FirstRoad, BatchModeAsksAgainUntilItIsUnticked) {
+  driver.Step("menu", Idle(), [this] { Driver::ClickMenu(main.menuBar(), {"Analysis", "Parametric", "Single Sample t"}); });
+  driver.Step("first", BarShown(), [this] {
+    Click(OnBar("Batch"));
+    DragColumn(1);
+    QTest::mouseClick(grid()->viewport(), Qt::RightButton, {}, grid()->CellRect(3, 1).center());  // confirms
+  });
+  driver.Step("first form", FormShown(), [] { PressOk(); });
+  driver.Step("second", BarShown(), [this] {
+    EXPECT_EQ(main.OpenedDocuments().ActiveWorkbook()->Selection().find(':'), std::string::npos);  // nothing marked
+    EXPECT_TRUE(static_cast<QCheckBox*>(OnBar("Batch"))->isChecked());
+    DragColumn(2);
+    QTest::keyClick(grid()->viewport(), Qt::Key_Return);  // confirms
+  });
+  driver.Step("second form", FormShown(), [] { QTest::keyClick(Form(), Qt::Key_Return); });
+  driver.Step("third", BarShown(), [this] {
+    Click(OnBar("Batch"));  // unticked during the wait
+    Click(OnBar("Multi1"));
+  });
+  driver.Step("ended", Idle(), [this] {
+    EXPECT_EQ(main.OpenedDocuments().ReportCount(), 1);
+    const std::string text = ReportText();
+    EXPECT_NE(text.find("Sample: Drug 1"), std::string::npos);
+    EXPECT_NE(text.find("Sample: Drug 2"), std::string::npos);
+  });
+  driver.Drive();
+}
+
+// The window's close box in the middle of a wait takes the command back first; then the questions come.
+TEST_F(FirstRoad, ClosingDuringAWaitEndsTheCommand) {
+  driver.Step("menu", Idle(), [this] { Driver::ClickMenu(main.menuBar(), {"Analysis", "Parametric", "Single Sample t"}); });
+  driver.Step("close", BarShown(), [this] { main.close(); });
+  driver.Step("closed", [this] { return Idle()() && !main.isVisible(); }, [] {});
+  driver.Drive();
+  EXPECT_EQ(main.DesktopSession().results.Runs().back().status, RunStatus::Cancelled);
+}
+
+}  // namespace
+}  // namespace tellurix
