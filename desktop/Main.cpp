@@ -1,10 +1,12 @@
 // tellurix: the desktop.
 
 #include <QApplication>
+#include <QFileInfo>
 #include <QMessageBox>
 #include <QStandardPaths>
 #include <filesystem>
 
+#include "desktop/LinkServer.h"
 #include "desktop/MainWindow.h"
 #include "shell/ProgramFolder.h"
 
@@ -17,6 +19,14 @@ int main(int argc, char** argv) {
     QMessageBox::critical(nullptr, "Tellurix", "Tellurix files are not properly installed, please re-install.");
     return 1;
   }
+  // A second start hands its file to the first.
+  QStringList files = QApplication::arguments().mid(1);
+  for (QString& file : files) file = QFileInfo(file).absoluteFilePath();
+  if (tellurix::LinkServer::Send(files.isEmpty() ? QString() : "FileOpen " + files.front())) {
+    for (const QString& file : files.mid(1)) tellurix::LinkServer::Send("FileOpen " + file);
+    return 0;
+  }
+
   tellurix::Paths paths = tellurix::ScriptPaths(*program);
   paths.user = QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation).toStdString();
   std::error_code error;
@@ -24,7 +34,8 @@ int main(int argc, char** argv) {
   const auto settings = paths.user / "Tellurix.ini";
   tellurix::MainWindow window(std::move(paths), settings);
   window.show();
-  const QStringList arguments = QApplication::arguments();
-  for (int i = 1; i < arguments.size(); ++i) window.OpenFile(arguments[i].toStdString());
+  tellurix::LinkServer link;
+  link.Listen([&window](const QString& command) { window.ExecuteLinkCommand(command); });
+  for (const QString& file : files) window.ExecuteLinkCommand(file);
   return QApplication::exec();
 }

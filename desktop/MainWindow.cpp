@@ -12,6 +12,7 @@
 #include <QTimer>
 #include <QToolBar>
 #include <QVBoxLayout>
+#include <utility>
 
 #include "desktop/DesktopHost.h"
 #include "desktop/DocumentWindows.h"
@@ -25,6 +26,7 @@
 #include "session/Skeleton.h"
 #include "shell/Dispatch.h"
 #include "shell/DocumentFiles.h"
+#include "shell/LinkCommand.h"
 #include "shell/Tools.h"
 
 namespace tellurix {
@@ -211,6 +213,8 @@ void MainWindow::RunEntry(const MenuEntry& entry) {
 }
 
 void MainWindow::CommandEnded() {
+  const QStringList waiting = std::exchange(linkCommands_, {});
+  for (const QString& command : waiting) ExecuteLinkCommand(command);
   if (!closing_) return;
   QWidget* window = closing_;
   closing_ = nullptr;
@@ -289,6 +293,21 @@ bool MainWindow::OpenFile(const fs::path& file) {
     ShowMessage(session_, problem, WarningIcon, "File Open");
   }
   return opened;
+}
+
+void MainWindow::ExecuteLinkCommand(const QString& text) {
+  if (session_.CommandRunning) {
+    linkCommands_ << text;
+    return;
+  }
+  if (const auto file = ReadLinkCommand(text.toStdString(), session_.paths.program); file && OpenFile(file->path)) {
+    if (file->isTemporaryCopy && documents_.ActiveWorkbook()) documents_.ActiveWorkbook()->document.path.clear();
+  } else if (!file && !text.isEmpty()) {
+    ShowMessage(session_, text.toUpper().toStdString() + " is not available", WarningIcon, "File Open");
+  }
+  if (isMinimized()) showNormal();
+  raise();
+  activateWindow();
 }
 
 SaveFunctions MainWindow::Savers() {

@@ -44,6 +44,10 @@ class MainWindow : public QMainWindow {
   // Opens a file by its extension; false after a message.
   bool OpenFile(const std::filesystem::path& file);
 
+  // A command line or a link command: opens the file that it names and comes to the front. While a command runs it
+  // waits for its end.
+  void ExecuteLinkCommand(const QString& text);
+
   // Runs a menu entry, whatever stands behind it.
   void RunEntry(const MenuEntry& entry);
 
@@ -101,6 +105,7 @@ class MainWindow : public QMainWindow {
   std::map<QString, QAction*> toolActions_;      // by the button's key
   unsigned shownKind_ = 0;
   bool commandsEnabled_ = true;
+  QStringList linkCommands_;    // come in while a command ran
   QWidget* closing_ = nullptr;  // closes once the running command has ended
 };
 

@@ -1,0 +1,39 @@
+#include "shell/LinkCommand.h"
+
+#include "numeric/Text.h"
+
+namespace tellurix {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// The path itself or, a relative one, in the program's folder.
+std::optional<fs::path> Existing(std::string_view name, const fs::path& programFolder) {
+  std::error_code error;
+  const fs::path path(Trim(name));
+  if (path.empty()) return std::nullopt;
+  if (fs::exists(path, error)) return path;
+  if (path.is_relative() && fs::exists(programFolder / path, error)) return programFolder / path;
+  return std::nullopt;
+}
+
+}  // namespace
+
+std::optional<LinkedFile> ReadLinkCommand(std::string_view text, const fs::path& programFolder) {
+  const std::string command = ReplaceAll(Trim(text), "\"", "");
+  std::optional<fs::path> file;
+  const auto blank = command.find(' ');
+  if (FoldCase(command).find("fileopen") != std::string::npos) {
+    if (blank != std::string::npos) file = Existing(std::string_view(command).substr(blank + 1), programFolder);
+  } else {
+    file = Existing(command, programFolder);
+    if (!file && blank != std::string::npos) {
+      file = Existing(std::string_view(command).substr(command.rfind(' ') + 1), programFolder);
+    }
+  }
+  if (!file) return std::nullopt;
+  return LinkedFile{*file, FoldCase(file->string()).find("~excel") != std::string::npos};
+}
+
+}  // namespace tellurix

@@ -1,0 +1,21 @@
+// What another program, or a second start of this one, asks for in words.
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace tellurix {
+
+struct LinkedFile {
+  std::filesystem::path path;
+  bool isTemporaryCopy = false;  // sent by a spreadsheet program ("~excel" in its name): saved under a new name only
+};
+
+// The file that a command line or a link command names: "FileOpen PATH", or the path alone, with or without quotes. A
+// relative path that does not exist is looked for in the program's folder; a name with a blank in it that does not exist
+// stands for its last word. Nothing when there is no such file.
+std::optional<LinkedFile> ReadLinkCommand(std::string_view text, const std::filesystem::path& programFolder);
+
+}  // namespace tellurix
