@@ -221,6 +221,12 @@ void Workbook::Swap(Step& step, bool backwards) {
       }
       active_ = change.active;
       change = std::move(present);
+    } else if constexpr (std::is_same_v<Change, LooksChange>) {
+      change.sheet->looks.swap(change.looks);
+    } else if constexpr (std::is_same_v<Change, SheetSettingsChange>) {
+      std::swap(change.sheet->settings, change.settings);
+    } else if constexpr (std::is_same_v<Change, SettingsChange>) {
+      std::swap(settings_, change.settings);
     } else {
       SheetData& sheet = *change.sheet;
       ColumnRef& held = sheet.Slot(change.slot);
@@ -353,6 +359,7 @@ Workbook::Loading::Loading(Workbook& workbook) : workbook_(workbook), backup_(st
   // The copies hold the columns, so that every write goes to a copy of its column.
   for (const auto& sheet : workbook_.sheets_) backup_->sheets.emplace_back(sheet, *sheet);
   backup_->active = workbook_.active_;
+  backup_->settings = workbook_.settings_;
   workbook_.logging_ = false;
   workbook_.BeginStep({});
 }
@@ -365,6 +372,7 @@ Workbook::Loading::~Loading() {
     workbook_.sheets_.push_back(sheet);
   }
   workbook_.active_ = backup_->active;
+  workbook_.settings_ = backup_->settings;
   workbook_.open_->areas.clear();
   workbook_.EndStep();
   workbook_.logging_ = true;
@@ -410,18 +418,24 @@ double Workbook::NumberRC(int row, int column) const {
 }
 
 std::string Workbook::TextRC(int row, int column) const { return Displayed(ReadRC(row, column)); }
-std::string Workbook::FormattedTextRC(int row, int column) const { return Displayed(ReadRC(row, column)); }
+
+std::string Workbook::FormattedTextRC(int row, int column) const {
+  const CellView cell = ReadRC(row, column);
+  if (std::abs(cell.type) != NumberCell) return Displayed(cell);
+  const auto& runs = LookRunsAt(column);
+  return runs ? FormatNumber(cell.number, looks_[runs->At(row)].number) : Displayed(cell);
+}
 
 void Workbook::NumberRC(int row, int column, double value) {
   if (!std::isfinite(value)) return TextRC(row, column, MissingMark);
-  if (!Fits(row, column)) return;
+  if (!Fits(row, column) || IsRefused()) return;
   const AutoStep step(*this, "Enter");
   ForCell(column, row).Set(row, value);
   TouchCells(row, column, row, column, true);
 }
 
 void Workbook::TextRC(int row, int column, std::string_view text) {
-  if (!Fits(row, column)) return;
+  if (!Fits(row, column) || IsRefused()) return;
   const AutoStep step(*this, text.empty() ? "Clear" : "Enter");
   if (text.empty()) return ClearCells(column, row, row);
   // Interned first: the text may be a view into the very cell.
@@ -431,14 +445,14 @@ void Workbook::TextRC(int row, int column, std::string_view text) {
 }
 
 void Workbook::SetLogical(int row, int column, bool value) {
-  if (!Fits(row, column)) return;
+  if (!Fits(row, column) || IsRefused()) return;
   const AutoStep step(*this, "Enter");
   ForCell(column, row).Set(row, value);
   TouchCells(row, column, row, column, true);
 }
 
 void Workbook::PutFormula(int row, int column, std::shared_ptr<Formula> formula) {
-  if (!Fits(row, column)) return;
+  if (!Fits(row, column) || IsRefused()) return;
   const AutoStep step(*this, "Enter");
   formulas_->Use();
   ForCell(column, row).Set(row, FormulaRef(std::move(formula)));
@@ -452,6 +466,7 @@ void Workbook::SetFormula(int row, int column, std::string_view formula, const F
 }
 
 void Workbook::Enter(int row, int column, std::string_view text, const Regional& regional) {
+  if (LookAt(row, column).number.form == NumberFormat::Form::Text) return TextRC(row, column, text);
   if (text.size() > 1 && text[0] == '=') return PutFormula(row, column, std::make_shared<Formula>(text));
   if (text.starts_with('\'')) return TextRC(row, column, text.substr(1));
   if (const auto number = ReadNumber(text, regional)) return NumberRC(row, column, *number);
@@ -474,7 +489,7 @@ bool Workbook::IsError(int row, int column) const {
 }
 
 bool Workbook::SetColumnNumbers(int column, int firstRow, std::span<const double> values) {
-  if (!Fits(firstRow, column) || values.size() > MaxRows - Index(firstRow)) return false;
+  if (!Fits(firstRow, column) || values.size() > MaxRows - Index(firstRow) || IsRefused()) return false;
   if (values.empty()) return true;
   const AutoStep step(*this, "Fill");
   CellColumn& cells = ForMany(column);
@@ -492,7 +507,7 @@ bool Workbook::SetColumnNumbers(int column, int firstRow, std::span<const double
 }
 
 bool Workbook::SetColumnTexts(int column, int firstRow, std::span<const std::string> texts) {
-  if (!Fits(firstRow, column) || texts.size() > MaxRows - Index(firstRow)) return false;
+  if (!Fits(firstRow, column) || texts.size() > MaxRows - Index(firstRow) || IsRefused()) return false;
   if (texts.empty()) return true;
   const AutoStep step(*this, "Fill");
   CellColumn& cells = ForMany(column);
@@ -570,7 +585,7 @@ bool Workbook::RenameSheet(int index, std::string_view name) {
 }
 
 bool Workbook::DeleteSheet(int index) {
-  if (index < 1 || index > SheetCount() || SheetCount() == 1) return false;
+  if (index < 1 || index > SheetCount() || SheetCount() == 1 || sheets_[Index(index)]->settings.isLocked) return false;
   const AutoStep step(*this, "Delete sheet");
   LogSheets();
   if (logging_) {

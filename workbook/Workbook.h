@@ -11,6 +11,7 @@
 // they show what they came to before. Their results are no part of the history.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
@@ -25,6 +26,7 @@
 
 #include "host/Documents.h"
 #include "numeric/Regional.h"
+#include "workbook/CellLook.h"
 #include "workbook/Formula.h"
 #include "workbook/GridStore.h"
 
@@ -35,12 +37,36 @@ class FormulaEngine;
 class TextPool;
 
 // What a step, an undo or a redo has changed: one rectangle around all changed cells of a sheet. A heading has row or
-// column 0; widths have the rectangle of their columns in row 0.
+// column 0; widths have the rectangle of their columns in row 0, heights that of their rows in column 0.
 struct WorkbookChange {
-  enum class Kind { Cells, Headings, Widths, Sheets };  // Sheets: added, deleted, moved or renamed; sheet is 0
+  // Sheets: added, deleted, moved or renamed; sheet is 0. Settings: of the sheet, or of the workbook when sheet is 0.
+  enum class Kind { Cells, Headings, Widths, Sheets, Heights, Looks, Settings };
   Kind kind = Kind::Cells;
   int sheet = 0;  // 1-based
   CellRange range;
+};
+
+// Settings of one sheet. The lock is no more than LockSheet says; the others are for the view to heed.
+struct SheetSettings {
+  int frozenRows = 0;  // that stay at the top
+  int frozenColumns = 0;
+  bool isLocked = false;
+  bool showsGridlines = true;
+  bool showsHeadings = true;
+  bool showsZeros = true;
+
+  bool operator==(const SheetSettings&) const = default;
+};
+
+struct WorkbookSettings {
+  std::string fontName = "Arial";
+  double fontSize = 10;     // points
+  double rowHeight = 15;    // points
+  double columnWidth = 10;  // characters
+  std::array<int, 16> palette = {0x000000, 0xFFFFFF, 0xFF0000, 0x00FF00, 0x0000FF, 0xFFFF00, 0xFF00FF, 0x00FFFF,
+                                 0x800000, 0x008000, 0x000080, 0x808000, 0x800080, 0x008080, 0xC0C0C0, 0x808080};
+
+  bool operator==(const WorkbookSettings&) const = default;
 };
 
 enum class Shift { Rows, Columns };  // which way the neighbours of inserted or deleted cells move
@@ -70,10 +96,11 @@ class Workbook final : public GridStore {
   void NumberRC(int row, int column, double value) override;  // what is not finite becomes the text "*"
   std::string TextRC(int row, int column) const override;
   void TextRC(int row, int column, std::string_view text) override;
-  std::string FormattedTextRC(int row, int column) const override;  // numbers by GeneralText, logicals TRUE and FALSE
+  std::string FormattedTextRC(int row, int column) const override;  // by the number format; logicals TRUE and FALSE
   void SetLogical(int row, int column, bool value);
   // What a person types: nothing clears the cell, "=" and more is a formula, a number by the regional rule a number,
-  // TRUE or FALSE a logical; anything else is a text, as is what follows a leading apostrophe.
+  // TRUE or FALSE a logical; anything else is a text, as is what follows a leading apostrophe and all that is typed
+  // into a cell with the number format Text.
   void Enter(int row, int column, std::string_view text, const Regional& regional);
   // A formula with the result that it is known to have, which stays until something that it refers to changes.
   void SetFormula(int row, int column, std::string_view formula, const FormulaResult& result);
@@ -129,9 +156,28 @@ class Workbook final : public GridStore {
   int ActiveRow() const override;
   int ActiveColumn() const override;
 
-  // --- looks ---
+  // --- widths, heights and looks; they move with their rows and columns, and cells that are copied take theirs along
+  // ---
   double ColumnWidth(int column) const;           // in characters
   void SetColumnWidth(int column, double width);  // 0 hides; below 0 or not finite: the default width again
+  bool IsColumnHidden(int column) const { return ColumnWidth(column) == 0; }
+  double RowHeight(int row) const;                              // in points
+  void SetRowHeight(int firstRow, int lastRow, double height);  // as with widths; nothing off the sheet
+  void SetRowHeight(int row, double height) { SetRowHeight(row, row, height); }
+  bool IsRowHidden(int row) const { return RowHeight(row) == 0; }
+  CellLook LookAt(int row, int column) const;                      // plain beyond the sheet
+  bool SetLook(const CellRange& range, const LookChange& change);  // false, and nothing changed, off the sheet
+
+  // --- settings ---
+  const SheetSettings& SettingsOfSheet() const;
+  void SetSettingsOfSheet(const SheetSettings& settings);  // but for the lock, which stays
+  const WorkbookSettings& Settings() const { return settings_; }
+  void SetSettings(const WorkbookSettings& settings);
+  // While a sheet is locked, all that would change its cells, headings or looks, or delete it, does nothing (and
+  // answers false, where it answers). Formulas are still computed, and follow cells that move on other sheets.
+  bool SheetLocked() const { return SettingsOfSheet().isLocked; }
+  void LockSheet(bool locked);
+
   // Fits columns to the cells of the range and their headings, 8 to 60 characters. Of a long column the first cells and
   // a sample of the others count. Columns with nothing to show get the default width if `defaults`, else keep theirs.
   void SetColWidthAuto(const CellRange& range, bool defaults) override;
@@ -174,6 +220,9 @@ class Workbook final : public GridStore {
   struct CellChange;
   struct ColumnChange;
   struct SheetsChange;
+  struct LooksChange;
+  struct SheetSettingsChange;
+  struct SettingsChange;
   struct Step;
   class AutoStep;
   class Cells;
@@ -198,6 +247,13 @@ class Workbook final : public GridStore {
   void RewriteFormulas(const SheetData& own, const Rewrite& rewrite);
   void FollowMove(const CellsMoved& moved);
   void Recalculate(const Step& step, Step& told);
+  bool IsRefused() const { return logging_ && SheetLocked(); }  // what is loaded is not
+  const std::shared_ptr<const LookRuns>& LookRunsAt(int column) const;
+  std::uint32_t NumberOf(const CellLook& look);
+  void ReplaceLooks(SheetLooks looks);
+  void ShiftLooks(const CellsMoved& moved);
+  void CopyLooks(const CellRange& from, int toRow, int toColumn);
+  void FillLooks(const CellRange& range, bool isDown);
   void LogSheets();
   void Touch(WorkbookChange::Kind kind, int firstRow, int firstColumn, int lastRow, int lastColumn);
   void TouchCells(int firstRow, int firstColumn, int lastRow, int lastColumn, bool filled = false);
@@ -212,6 +268,8 @@ class Workbook final : public GridStore {
   std::unique_ptr<TextPool> texts_;
   std::vector<SheetRef> sheets_;
   int active_ = 0;  // 0-based
+  WorkbookSettings settings_;
+  std::vector<CellLook> looks_{CellLook()};  // each once; the plain one first
 
   std::deque<Step> undo_;
   std::vector<Step> redo_;

@@ -20,6 +20,7 @@ namespace tellurix {
 inline constexpr int RowHeadings = 0;
 inline constexpr int ColumnHeadings = -1;
 inline constexpr int Widths = -2;
+inline constexpr int Heights = -3;  // at their rows
 
 // A cell as it is shown without a number format.
 std::string Displayed(const CellView& cell);
@@ -44,6 +45,9 @@ struct Workbook::SheetData {
   ColumnRef rowHeadings;
   ColumnRef columnHeadings;
   ColumnRef widths;
+  ColumnRef heights;
+  std::shared_ptr<const SheetLooks> looks = std::make_shared<SheetLooks>();
+  SheetSettings settings;
   std::vector<CellRange> selection{CellRange{}};
   int activeRow = 1;
   int activeColumn = 1;
@@ -58,6 +62,8 @@ struct Workbook::SheetData {
         return columnHeadings;
       case Widths:
         return widths;
+      case Heights:
+        return heights;
       default:
         break;
     }
@@ -111,6 +117,20 @@ struct Workbook::SheetsChange {
   int active;
 };
 
+struct Workbook::LooksChange {
+  SheetRef sheet;
+  std::shared_ptr<const SheetLooks> looks;
+};
+
+struct Workbook::SheetSettingsChange {
+  SheetRef sheet;
+  SheetSettings settings;
+};
+
+struct Workbook::SettingsChange {
+  WorkbookSettings settings;
+};
+
 struct Workbook::Step {
   struct Area {
     WorkbookChange::Kind kind;
@@ -120,7 +140,8 @@ struct Workbook::Step {
 
   std::string caption;
   std::uint64_t serial = 0;
-  std::vector<std::variant<CellChange, ColumnChange, SheetsChange>> log;
+  std::vector<std::variant<CellChange, ColumnChange, SheetsChange, LooksChange, SheetSettingsChange, SettingsChange>>
+      log;
   std::vector<Area> areas;
   std::size_t bytes = 0;
 
@@ -171,6 +192,7 @@ class Workbook::Cells final : public FormulaCells {
 struct Workbook::Loading::Backup {
   std::vector<std::pair<SheetRef, SheetData>> sheets;
   int active = 0;
+  WorkbookSettings settings;
 };
 
 }  // namespace tellurix

@@ -25,7 +25,7 @@ void Workbook::ClearCells(int column, int firstRow, int lastRow) {
 }
 
 bool Workbook::ClearRange(const CellRange& range) {
-  if (!IsOnSheet(range)) return false;
+  if (!IsOnSheet(range) || IsRefused()) return false;
   const AutoStep step(*this, "Clear");
   for (int column = std::min(range.lastColumn, LastCol()); column >= range.firstColumn; --column) {
     ClearCells(column, range.firstRow, range.lastRow);
@@ -41,32 +41,35 @@ void Workbook::ShiftSlot(int slot, int at, int inserted, int deleted) {
   shifted->CopyCells(*old, 1, at - 1, 1);
   const int from = at + deleted;
   if (old->LastRow() >= from) shifted->CopyCells(*old, from, old->LastRow() - from + 1, at + inserted);
+  if (slot == Heights) shifted->Clear(MaxRows + 1, MaxRows + inserted);
   Replace(slot, std::move(shifted));
 }
 
 bool Workbook::InsertRows(int row, int count) {
-  if (!Fits(row, 1) || count < 1 || count > MaxRows) return false;
+  if (IsRefused() || !Fits(row, 1) || count < 1 || count > MaxRows) return false;
   const SheetData& sheet = Active();
   const int last = std::max(LastRow(), sheet.rowHeadings ? sheet.rowHeadings->LastRow() : 0);
   if (last >= row && last > MaxRows - count) return false;
   const AutoStep step(*this, "Insert rows");
   for (int column = LastCol(); column >= RowHeadings; --column) ShiftSlot(column, row, count, 0);
+  ShiftSlot(Heights, row, count, 0);
   FollowMove({true, row, count, 0, 1, MaxColumns});
   TouchCells(row, 0, MaxRows, MaxColumns);
   return true;
 }
 
 bool Workbook::DeleteRows(int row, int count) {
-  if (!Fits(row, 1) || count < 1 || count > MaxRows - row + 1) return false;
+  if (IsRefused() || !Fits(row, 1) || count < 1 || count > MaxRows - row + 1) return false;
   const AutoStep step(*this, "Delete rows");
   for (int column = LastCol(); column >= RowHeadings; --column) ShiftSlot(column, row, 0, count);
+  ShiftSlot(Heights, row, 0, count);
   FollowMove({true, row, 0, count, 1, MaxColumns});
   TouchCells(row, 0, MaxRows, MaxColumns);
   return true;
 }
 
 bool Workbook::InsertColumns(int column, int count) {
-  if (!Fits(1, column) || count < 1 || count > MaxColumns) return false;
+  if (IsRefused() || !Fits(1, column) || count < 1 || count > MaxColumns) return false;
   const SheetData& sheet = Active();
   const auto lastOf = [](const ColumnRef& slot) { return slot ? slot->LastRow() : 0; };
   const int last = std::max({LastCol(), lastOf(sheet.columnHeadings), lastOf(sheet.widths)});
@@ -83,7 +86,7 @@ bool Workbook::InsertColumns(int column, int count) {
 }
 
 bool Workbook::DeleteColumns(int column, int count) {
-  if (!Fits(1, column) || count < 1 || count > MaxColumns - column + 1) return false;
+  if (IsRefused() || !Fits(1, column) || count < 1 || count > MaxColumns - column + 1) return false;
   const AutoStep step(*this, "Delete columns");
   const int last = LastCol();
   for (int to = column; to <= last; ++to) Replace(to, Active().Held(to + count));
@@ -95,7 +98,7 @@ bool Workbook::DeleteColumns(int column, int count) {
 }
 
 bool Workbook::InsertCells(const CellRange& range, Shift shift) {
-  if (!IsOnSheet(range)) return false;
+  if (!IsOnSheet(range) || IsRefused()) return false;
   const int rows = range.lastRow - range.firstRow + 1;
   const int columns = range.lastColumn - range.firstColumn + 1;
   const int lastColumn = LastCol();
@@ -126,7 +129,7 @@ bool Workbook::InsertCells(const CellRange& range, Shift shift) {
 }
 
 bool Workbook::DeleteCells(const CellRange& range, Shift shift) {
-  if (!IsOnSheet(range)) return false;
+  if (!IsOnSheet(range) || IsRefused()) return false;
   const AutoStep step(*this, "Delete cells");
   if (shift == Shift::Rows) {
     for (int column = std::min(range.lastColumn, LastCol()); column >= range.firstColumn; --column) {
@@ -184,10 +187,11 @@ void Workbook::PutCells(const CellRange& from, int toRow, int toColumn, bool asC
     CopyColumnPart(sources[static_cast<std::size_t>(i)], from.firstRow, rows, toRow, toColumn + i, away);
   }
   if (used > 0) TouchCells(toRow, toColumn, toRow + rows - 1, toColumn + columns - 1);
+  if (asCopies) CopyLooks(from, toRow, toColumn);
 }
 
 bool Workbook::CopyBlock(const CellRange& from, int toRow, int toColumn) {
-  if (!IsOnSheet(from) || !Fits(toRow, toColumn)) return false;
+  if (!IsOnSheet(from) || !Fits(toRow, toColumn) || IsRefused()) return false;
   if (toRow > MaxRows - (from.lastRow - from.firstRow)) return false;
   if (toColumn > MaxColumns - (from.lastColumn - from.firstColumn)) return false;
   const AutoStep step(*this, "Copy");
@@ -196,7 +200,7 @@ bool Workbook::CopyBlock(const CellRange& from, int toRow, int toColumn) {
 }
 
 bool Workbook::FillDown(const CellRange& range) {
-  if (!IsOnSheet(range)) return false;
+  if (!IsOnSheet(range) || IsRefused()) return false;
   if (range.firstRow == range.lastRow) return true;
   const AutoStep step(*this, "Fill down");
   const int first = range.firstRow + 1;
@@ -224,11 +228,12 @@ bool Workbook::FillDown(const CellRange& range) {
     Replace(column, std::move(made));
     TouchCells(first, column, range.lastRow, column);
   }
+  FillLooks(range, true);
   return true;
 }
 
 bool Workbook::FillRight(const CellRange& range) {
-  if (!IsOnSheet(range)) return false;
+  if (!IsOnSheet(range) || IsRefused()) return false;
   if (range.firstColumn == range.lastColumn) return true;
   const AutoStep step(*this, "Fill right");
   const ColumnRef source = Active().Held(range.firstColumn);
@@ -240,6 +245,7 @@ bool Workbook::FillRight(const CellRange& range) {
     CopyColumnPart(source, range.firstRow, rows, range.firstRow, column, column - range.firstColumn);
     TouchCells(range.firstRow, column, range.lastRow, column);
   }
+  FillLooks(range, false);
   return true;
 }
 
@@ -264,9 +270,10 @@ void Workbook::RewriteFormulas(const SheetData& own, const Rewrite& rewrite) {
   active_ = active;
 }
 
-// References follow cells of the active sheet that moved.
+// References and looks follow cells of the active sheet that moved.
 void Workbook::FollowMove(const CellsMoved& moved) {
   const SheetData& sheet = Active();
+  ShiftLooks(moved);
   RewriteFormulas(sheet, [&](const Formula& formula, bool isOwnSheet) {
     return formula.code.AfterMove(formula.text, moved, sheet.name, isOwnSheet);
   });

@@ -1,5 +1,5 @@
-// Expected results are the documented behaviour of spreadsheets, worked out by hand; the standard deviation with many digits is from
-// R 4.2.
+// Expected results are the documented behaviour of spreadsheets, worked out by hand; the standard deviation with many
+// digits is from R 4.2.
 
 #include <gtest/gtest.h>
 

@@ -1,0 +1,112 @@
+#include "workbook/CellLook.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+
+#include "numeric/Rounding.h"
+
+namespace tellurix {
+
+namespace {
+
+constexpr int MostDecimals = 15;
+constexpr double LargestFixed = 1e15;
+constexpr double FirstDay = -693593;  // 0001-01-01
+constexpr double LastDay = 2958465;   // 9999-12-31
+
+std::string Fixed(double value, int decimals) {
+  std::string text = FixedText(value, decimals);
+  // A negative number that rounds to nothing has no sign.
+  if (text.starts_with('-') && text.find_first_of("123456789") == std::string::npos) text.erase(0, 1);
+  return text;
+}
+
+std::string Grouped(std::string text) {
+  const std::size_t start = text.starts_with('-') ? 1 : 0;
+  std::size_t at = std::min(text.find('.'), text.size());
+  while (at > start + 3) {
+    at -= 3;
+    text.insert(at, 1, ',');
+  }
+  return text;
+}
+
+std::string DateText(double value) {
+  using std::chrono::days;
+  const std::chrono::sys_days epoch = std::chrono::year(1899) / 12 / 30;
+  const std::chrono::year_month_day date(epoch + days(static_cast<int>(std::floor(value))));
+  return fmt::format("{:04}-{:02}-{:02}", static_cast<int>(date.year()), static_cast<unsigned>(date.month()),
+                     static_cast<unsigned>(date.day()));
+}
+
+}  // namespace
+
+std::string FormatNumber(double value, const NumberFormat& format) {
+  const int decimals = std::clamp(format.decimals, 0, MostDecimals);
+  switch (format.form) {
+    case NumberFormat::Form::Fixed:
+      if (std::abs(value) >= LargestFixed) break;
+      return format.grouping ? Grouped(Fixed(value, decimals)) : Fixed(value, decimals);
+    case NumberFormat::Form::Percent:
+      if (std::abs(value) * 100 >= LargestFixed) break;
+      return Fixed(value * 100, decimals) + "%";
+    case NumberFormat::Form::Scientific:
+      return fmt::format("{:.{}E}", value, decimals);
+    case NumberFormat::Form::Date:
+      if (value < FirstDay || value >= LastDay + 1) break;
+      return DateText(value);
+    default:
+      break;
+  }
+  return GeneralText(value);
+}
+
+CellLook LookChange::AppliedTo(CellLook look) const {
+  const auto apply = [](const auto& change, auto& to) {
+    if (change) to = *change;
+  };
+  apply(number, look.number);
+  apply(fontName, look.fontName);
+  apply(fontSize, look.fontSize);
+  apply(bold, look.bold);
+  apply(italic, look.italic);
+  apply(underline, look.underline);
+  apply(textColour, look.textColour);
+  apply(fillColour, look.fillColour);
+  apply(alignment, look.alignment);
+  return look;
+}
+
+std::uint32_t LookRuns::At(int row) const {
+  const auto behind =
+      std::upper_bound(runs_.begin(), runs_.end(), row, [](int at, const Run& run) { return at < run.firstRow; });
+  return behind == runs_.begin() ? 0 : std::prev(behind)->look;
+}
+
+void LookRuns::AppendRun(int firstRow, std::uint32_t look) {
+  if (look != (runs_.empty() ? 0 : runs_.back().look)) runs_.push_back({firstRow, look});
+}
+
+LookRuns LookRuns::Shifted(int at, int inserted, int deleted) const {
+  const auto same = [](std::uint32_t look) { return look; };
+  LookRuns made;
+  made.Append(*this, 1, at - 1, 1, same);
+  if (inserted > 0) made.AppendRun(at, At(std::max(at - 1, 1)));
+  made.Append(*this, at + deleted, EndRow, at + inserted, same);
+  return made;
+}
+
+LookRuns LookRuns::With(const LookRuns& source, int fromRow, int count, int toRow) const {
+  const auto same = [](std::uint32_t look) { return look; };
+  if (toRow + count > GridStore::MaxRows) count = EndRow - std::max(fromRow, toRow);
+  LookRuns made;
+  made.Append(*this, 1, toRow - 1, 1, same);
+  made.Append(source, fromRow, fromRow + count - 1, toRow, same);
+  made.Append(*this, toRow + count, EndRow, toRow + count, same);
+  return made;
+}
+
+}  // namespace tellurix
