@@ -100,7 +100,7 @@ void FormulaEngine::RefreshColumn(int sheet, int column) {
   });
 }
 
-void FormulaEngine::Rebuild() {
+void FormulaEngine::Rebuild(bool namesMayDiffer) {
   std::vector<FormulaRef> before;
   for (const Node& node : nodes_) {
     if (node.isAlive && node.formula->node != None) before.push_back(node.formula);
@@ -115,7 +115,7 @@ void FormulaEngine::Rebuild() {
       const CellColumn* cells = cells_.Column(sheet, column);
       if (!cells) continue;
       cells->EachFormula(1, GridStore::MaxRows, [&](int row, const FormulaRef& formula) {
-        if (formula->code.NamesSheets()) formula->stale = true;  // the name may mean another sheet
+        if (namesMayDiffer && formula->code.NamesSheets()) formula->stale = true;
         Register(formula, sheet, column, row);
       });
     }

@@ -65,10 +65,11 @@ class FormulaEngine {
   void Use() { isUsed_ = true; }
   bool IsUsed() const { return isUsed_; }
 
-  // The formulas of a cell, of a column, or of all sheets may be others now. Sheets are numbered from 0.
+  // The formulas of a cell, of a column, or of all sheets may be others now, and with `namesMayDiffer` the names of
+  // sheets may mean others. Sheets are numbered from 0.
   void RefreshCell(int sheet, int column, int row);
   void RefreshColumn(int sheet, int column);
-  void Rebuild();
+  void Rebuild(bool namesMayDiffer);
 
   // Cells have other contents; the formulas that read them are to be computed. After the refreshing.
   void Changed(int sheet, const CellRange& range);

@@ -136,8 +136,12 @@ std::string Trimmed(std::string_view text) {
 }  // namespace
 
 const FormulaFunction* FindFunction(std::string_view name) {
+  std::string upper(name);
+  for (char& c : upper) {
+    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+  }
   const auto found = std::find_if(std::begin(Functions), std::end(Functions),
-                                  [&](const auto& function) { return EqualNoCase(function.name, name); });
+                                  [&](const auto& function) { return function.name == upper; });
   return found == std::end(Functions) ? nullptr : found;
 }
 

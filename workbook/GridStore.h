@@ -41,9 +41,9 @@ class GridStore {
   virtual int TypeRC(int row, int column) const = 0;
   virtual double NumberRC(int row, int column) const = 0;  // a number or logical (true -1, false 0); else 0
   virtual void NumberRC(int row, int column, double value) = 0;
-  virtual std::string TextRC(int row, int column) const = 0;  // raw text; of a number its displayed text
+  virtual std::string TextRC(int row, int column) const = 0;            // raw text; of a number its general form
   virtual void TextRC(int row, int column, std::string_view text) = 0;  // an empty text leaves the cell empty
-  virtual std::string FormattedTextRC(int row, int column) const = 0;   // as displayed
+  virtual std::string FormattedTextRC(int row, int column) const = 0;   // as displayed, by the number format
 
   // --- headings; empty when none was set ---
   virtual std::string ColText(int column) const = 0;
@@ -58,8 +58,8 @@ class GridStore {
 
   // --- selection ---
   virtual int SelectionCount() const = 0;
-  virtual CellRange GetSelection(int index) const = 0;  // 0-based, in the order of marking
-  virtual std::string Selection() const = 0;            // "A1" or "A1:B9,D1:D9"
+  virtual CellRange GetSelection(int index) const = 0;    // 0-based, in the order of marking
+  virtual std::string Selection() const = 0;              // "A1" or "A1:B9,D1:D9"
   virtual void SetSelection(const CellRange& range) = 0;  // the one rectangle that is marked
   virtual void AddSelection(const CellRange& range) = 0;  // marked besides the others
   virtual void SetActiveCell(int row, int column) = 0;

@@ -265,7 +265,7 @@ void Workbook::Recalculate(const Step& step, Step& told) {
   };
   const bool isRebuilt = std::any_of(step.log.begin(), step.log.end(),
                                      [](const auto& change) { return std::holds_alternative<SheetsChange>(change); });
-  if (isRebuilt) formulas_->Rebuild();
+  if (isRebuilt) formulas_->Rebuild(true);
   for (const bool refreshing : {true, false}) {
     if (refreshing && isRebuilt) continue;
     for (const auto& change : step.log) {
@@ -381,7 +381,7 @@ Workbook::Loading::~Loading() {
 void Workbook::Loading::Accept() {
   backup_.reset();
   Step told;
-  if (workbook_.formulas_->IsUsed()) workbook_.formulas_->Rebuild();
+  if (workbook_.formulas_->IsUsed()) workbook_.formulas_->Rebuild(false);
   workbook_.Recalculate(*workbook_.open_, told);
   workbook_.open_->log.clear();
   workbook_.EndStep();
