@@ -61,6 +61,9 @@ struct SheetGeometry {
   int frozenColumns = 0;
   int topRow = 1;  // the first of the scrolled ones
   int leftColumn = 1;
+  bool showsGridlines = true;
+  bool showsHeadings = true;
+  bool showsZeros = true;
 };
 
 // Those of an axis that show between two pixels of the window: the frozen ones, then those from `first` on. The last

@@ -22,6 +22,7 @@ namespace {
 constexpr int Padding = 4;            // between a cell's edge and its text
 constexpr int LongestPainted = 1024;  // characters of a cell
 constexpr int OverflowColumns = 64;   // how far to the left a text is looked for that reaches into view
+constexpr int LongestEdit = 100'000;  // more than a cell takes, so that nothing is cut off unseen
 constexpr int WidestRowHeading = 160;
 
 QString FromUtf8(std::string_view text) { return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())); }
@@ -99,6 +100,7 @@ GridView::GridView(Workbook& workbook, const Regional& regional, QWidget* parent
   for (QLineEdit* line : {editor_, headingEditor_}) {
     line->hide();
     line->setFrame(false);
+    line->setMaxLength(LongestEdit);
     line->installEventFilter(this);
   }
   editor_->setObjectName("cellEditor");
@@ -137,7 +139,7 @@ void GridView::SetLooks(GridLooks* looks) {
 void GridView::MeasureFont() {
   const QFontMetricsF metrics(font());
   digitWidth_ = metrics.horizontalAdvance(u'0');
-  headingHeight_ = static_cast<int>(std::ceil(metrics.height())) + 6;
+  fullHeadingHeight_ = static_cast<int>(std::ceil(metrics.height())) + 6;
   geometry_.rows.SetDefaultSize(static_cast<int>(std::ceil(metrics.height())) + 4);
   geometry_.columns.SetDefaultSize(WidthToPixels(Workbook::DefaultColumnWidth));
 }
@@ -176,6 +178,7 @@ void GridView::UpdateLayout() {
   geometry_.topRow = std::max(geometry_.topRow, geometry_.frozenRows + 1);
   geometry_.leftColumn = std::max(geometry_.leftColumn, geometry_.frozenColumns + 1);
   const QSize size = viewport()->size();
+  headingHeight_ = geometry_.showsHeadings ? fullHeadingHeight_ : 0;
   rows_ = LayOut(geometry_.rows, geometry_.frozenRows, geometry_.topRow, headingHeight_, size.height());
 
   const QFontMetrics metrics(font());
@@ -185,7 +188,7 @@ void GridView::UpdateLayout() {
     const std::string text = workbook_.RowText(row.index);
     if (!text.empty()) width = std::max(width, metrics.horizontalAdvance(FromUtf8(text)) + 2 * Padding);
   }
-  headingWidth_ = std::min(width, WidestRowHeading);
+  headingWidth_ = geometry_.showsHeadings ? std::min(width, WidestRowHeading) : 0;
   columns_ = LayOut(geometry_.columns, geometry_.frozenColumns, geometry_.leftColumn, headingWidth_, size.width());
   if (editing_) PlaceEditor();
 }
@@ -400,7 +403,7 @@ void GridView::OnChange(const WorkbookChange& change) {
         }
         break;
       default:
-        UpdateLayout();
+        looks_ ? LoadGeometry() : UpdateLayout();
         viewport()->update();
         break;
     }
@@ -473,7 +476,7 @@ void GridView::paintEvent(QPaintEvent* event) {
     PaintSelection(painter, colors);
   }
   painter.setClipRect(area);
-  PaintHeadings(painter, area, colors);
+  if (geometry_.showsHeadings) PaintHeadings(painter, area, colors);
 }
 
 void GridView::PaintCells(QPainter& painter, const QRect& area, const Colors& colors) const {
@@ -481,11 +484,13 @@ void GridView::PaintCells(QPainter& painter, const QRect& area, const Colors& co
   const QRect sheet(QPoint(columns_.front().start, rows_.front().start),
                     QPoint(columns_.back().End() - 1, rows_.back().End() - 1));
   painter.fillRect(area & sheet, colors.base);
-  for (const GridSpan& column : columns_) {
-    painter.fillRect(QRect(column.End() - 1, sheet.top(), 1, sheet.height()) & area, colors.line);
-  }
-  for (const GridSpan& row : rows_) {
-    painter.fillRect(QRect(sheet.left(), row.End() - 1, sheet.width(), 1) & area, colors.line);
+  if (geometry_.showsGridlines) {
+    for (const GridSpan& column : columns_) {
+      painter.fillRect(QRect(column.End() - 1, sheet.top(), 1, sheet.height()) & area, colors.line);
+    }
+    for (const GridSpan& row : rows_) {
+      painter.fillRect(QRect(sheet.left(), row.End() - 1, sheet.width(), 1) & area, colors.line);
+    }
   }
   // A text reaches over its neighbours only within its pane.
   const auto [unused, scrolled] = Within(columns_, 1, geometry_.frozenColumns);
@@ -542,7 +547,7 @@ void GridView::PaintText(QPainter& painter, const GridSpan& row, int column, int
 
   const CellView view = workbook_.ReadRC(row.index, column);
   const int type = std::abs(view.type);
-  if (type == EmptyCell) return;
+  if (type == EmptyCell || (type == NumberCell && view.number == 0 && !geometry_.showsZeros)) return;
 
   if (look) painter.setFont(look->font);
   const QFontMetrics metrics = painter.fontMetrics();
@@ -599,6 +604,8 @@ void GridView::PaintText(QPainter& painter, const GridSpan& row, int column, int
 QString GridView::FittedNumber(int row, int column, const QFontMetrics& metrics, int width) const {
   const QString shown = FromUtf8(workbook_.FormattedTextRC(row, column));
   const auto fits = [&](const QString& text) { return metrics.horizontalAdvance(text) <= width; };
+  // Most are so short that no measuring is needed.
+  if (shown.size() * std::max(metrics.horizontalAdvance(u'0'), metrics.horizontalAdvance(u'E')) <= width) return shown;
   if (fits(shown)) return shown;
   // Only a plain number may be cut; one that was given a form keeps it.
   const double number = workbook_.ReadRC(row, column).number;

@@ -32,7 +32,7 @@ struct CellAppearance {
 class GridLooks {
  public:
   virtual ~GridLooks() = default;
-  // Sizes that differ from the default, and frozen counts. Columns come from the workbook.
+  // Row sizes that differ from the default, frozen counts and what shows. Columns come from the workbook.
   virtual void Describe(SheetGeometry& geometry) const = 0;
   virtual std::optional<CellAppearance> Look(int row, int column, const QFont& base) const = 0;
   // Pixels; 0 hides, below 0 is the default height again.
@@ -241,7 +241,8 @@ class GridView : public QAbstractScrollArea {
   std::map<std::string, SheetState> otherSheets_;  // by name
   std::vector<GridSpan> rows_;                     // those that show
   std::vector<GridSpan> columns_;
-  int headingHeight_ = 20;
+  int fullHeadingHeight_ = 20;
+  int headingHeight_ = 20;  // 0 without headings
   int headingWidth_ = 40;
   double digitWidth_ = 8;
   bool upkeepDue_ = false;

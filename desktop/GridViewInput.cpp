@@ -568,6 +568,13 @@ int GridView::BlockEdge(int from, int line, int by, bool rows) const {
 }
 
 void GridView::keyPressEvent(QKeyEvent* event) {
+  if (editing_) {
+    // The edit's cell was scrolled away, or the grid was given the focus amid an edit.
+    ScrollTo(editRow_, editColumn_);
+    editor_->setFocus(Qt::OtherFocusReason);
+    if (editor_->isVisible()) QApplication::sendEvent(editor_, event);
+    return;
+  }
   const bool shift = event->modifiers() & Qt::ShiftModifier;
   const bool control = event->modifiers() & Qt::ControlModifier;
   const bool alt = event->modifiers() & Qt::AltModifier;
@@ -674,6 +681,7 @@ void GridView::inputMethodEvent(QInputMethodEvent* event) {
 
 void GridView::focusInEvent(QFocusEvent* event) {
   QAbstractScrollArea::focusInEvent(event);
+  if (editing_ && editor_->isVisible()) editor_->setFocus(Qt::OtherFocusReason);
   viewport()->update();
 }
 
@@ -686,6 +694,7 @@ void GridView::focusOutEvent(QFocusEvent* event) {
 
 void GridView::SetFormulaLine(QLineEdit* line) {
   line_ = line;
+  line->setMaxLength(editor_->maxLength());
   line->installEventFilter(this);
   connect(line, &QLineEdit::textEdited, this, [this](const QString& text) {
     if (!editing_) StartEdit(&text, true, true);
@@ -737,7 +746,9 @@ bool GridView::StartEdit(const QString* text, bool caretMoves, bool inLine) {
 void GridView::PlaceEditor() {
   const QRect cell = CellRect(editRow_, editColumn_);
   if (!editing_ || cell.isEmpty()) {
+    const bool hadFocus = editor_->hasFocus();
     editor_->hide();
+    if (hadFocus) setFocus(Qt::OtherFocusReason);
     return;
   }
   QRect place = cell.adjusted(1, 1, -2, -2);
@@ -923,7 +934,7 @@ bool GridView::Paste() {
 
 bool GridView::PasteText(const QString& text, bool quotedAreTexts) {
   if (!ReadyToChange()) return false;
-  const TextBlock block(text.toStdString());
+  const TextBlock block(text.contains(QChar(0)) ? QString(text).remove(QChar(0)).toStdString() : text.toStdString());
   const qint64 rows = block.Rows();
   const qint64 columns = block.Columns();
   if (rows == 0) return false;

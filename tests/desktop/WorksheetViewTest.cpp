@@ -279,6 +279,39 @@ TEST_F(WorksheetViewTest, EditsInPlace) {
   EXPECT_EQ(book.TextRC(2, 2), "pending");
 }
 
+TEST_F(WorksheetViewTest, KeepsAnEditThroughScrollingAndLongTexts) {
+  Click(Cell(2, 2));
+  Type("1");
+  grid->ScrollTo(5000, 2);
+  EXPECT_FALSE(grid->Editor()->isVisible());
+  Type("23");
+  EXPECT_TRUE(grid->Editor()->isVisible());
+  Key(Qt::Key_Return);
+  EXPECT_EQ(book.NumberRC(2, 2), 123);
+  // Nothing typed leaves what a line cannot show as it is.
+  const std::string lines = "two\nlines\twith a tab";
+  const std::string longest(32767, 'x');
+  book.TextRC(3, 2, lines);
+  book.TextRC(4, 2, longest);
+  book.ClearHistory();
+  Click(Cell(3, 2));
+  for (int i = 0; i < 2; ++i) {
+    Key(Qt::Key_F2);
+    ASSERT_TRUE(grid->IsEditing());
+    Key(Qt::Key_Return);
+  }
+  EXPECT_FALSE(book.CanUndo());
+  Click(Cell(4, 2));
+  Key(Qt::Key_F2);
+  Type("y");
+  const QSignalSpy refused(&view, &WorksheetView::Refused);
+  Key(Qt::Key_Return);
+  EXPECT_EQ(refused.count(), 1);
+  EXPECT_TRUE(grid->IsEditing());
+  Key(Qt::Key_Escape);
+  EXPECT_EQ(book.TextRC(4, 2), longest);
+}
+
 TEST_F(WorksheetViewTest, EditsInTheFormulaLine) {
   book.TextRC(1, 1, "abc");
   book.ClearHistory();
