@@ -562,7 +562,8 @@ void GridView::PaintText(QPainter& painter, const GridSpan& row, int column, int
   const QRect inside = cell.adjusted(Padding - 1, 0, -(Padding - 1), 0);
 
   if (type == NumberCell) {
-    painter.drawText(inside, flags, FittedNumber(row.index, column, metrics, inside.width()));
+    painter.drawText(inside, flags,
+                     FittedNumber(row.index, column, look && look->keepsDigits, metrics, inside.width()));
   } else {
     QString text;
     if (view.type == TextCell) {
@@ -601,16 +602,15 @@ void GridView::PaintText(QPainter& painter, const GridSpan& row, int column, int
 }
 
 // A number as displayed; with fewer decimals where they do not fit, with marks where not even its whole part does.
-QString GridView::FittedNumber(int row, int column, const QFontMetrics& metrics, int width) const {
+QString GridView::FittedNumber(int row, int column, bool keepsDigits, const QFontMetrics& metrics, int width) const {
   const QString shown = FromUtf8(workbook_.FormattedTextRC(row, column));
   const auto fits = [&](const QString& text) { return metrics.horizontalAdvance(text) <= width; };
   // Most are so short that no measuring is needed.
   if (shown.size() * std::max(metrics.horizontalAdvance(u'0'), metrics.horizontalAdvance(u'E')) <= width) return shown;
   if (fits(shown)) return shown;
-  // Only a plain number may be cut; one that was given a form keeps it.
   const double number = workbook_.ReadRC(row, column).number;
   const auto byDigits = [&](int digits) { return fmt::format("{:.{}g}", number, digits); };
-  if (shown.contains(u'.') && shown.toStdString() == workbook_.TextRC(row, column)) {
+  if (shown.contains(u'.') && !keepsDigits) {
     const bool scientific = shown.contains(u'E') || shown.contains(u'e');
     const int whole = scientific ? 1 : std::abs(number) < 1 ? 1 : static_cast<int>(std::log10(std::abs(number))) + 1;
     for (int digits = 14; digits >= whole; --digits) {

@@ -25,7 +25,8 @@ struct CellAppearance {
   QFont font;
   QColor text;  // invalid: the theme's
   QColor fill;
-  Qt::Alignment alignment;  // none: by the kind of the cell
+  Qt::Alignment alignment;   // none: by the kind of the cell
+  bool keepsDigits = false;  // a number shows as its format says, or not at all
 };
 
 // Row heights, hidden rows, frozen panes and looks of the active sheet, for whoever keeps them.
@@ -196,7 +197,7 @@ class GridView : public QAbstractScrollArea {
                  int right, const Colors& colors) const;
   void PaintSelection(QPainter& painter, const Colors& colors) const;
   void PaintHeadings(QPainter& painter, const QRect& area, const Colors& colors) const;
-  QString FittedNumber(int row, int column, const QFontMetrics& metrics, int width) const;
+  QString FittedNumber(int row, int column, bool keepsDigits, const QFontMetrics& metrics, int width) const;
 
   // marks
   CellRange LastRange() const;
