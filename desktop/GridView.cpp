@@ -518,6 +518,15 @@ void GridView::PaintCells(QPainter& painter, const QRect& area, const Colors& co
 
 void GridView::PaintRow(QPainter& painter, const GridSpan& row, std::size_t from, std::size_t to, int right,
                         const Colors& colors) const {
+  // Fills come first, for texts reach over them; they cover the lines around them.
+  RowLooks looks(looks_ ? to - from : 0);
+  for (std::size_t i = 0; i < looks.size(); ++i) {
+    const GridSpan& column = columns_[from + i];
+    looks[i] = looks_->Look(row.index, column.index, font());
+    if (looks[i] && looks[i]->fill.isValid()) {
+      painter.fillRect(column.start - 1, row.start - 1, column.size + 1, row.size + 1, looks[i]->fill);
+    }
+  }
   // A text that starts before the first column may reach into view.
   int x = columns_[from].start;
   const int stop = from > 0 ? geometry_.frozenColumns : 0;
@@ -528,23 +537,25 @@ void GridView::PaintRow(QPainter& painter, const GridSpan& row, std::size_t from
       const int size = geometry_.columns.Size(column);
       x -= size;
       if (workbook_.ReadRC(row.index, column).type == EmptyCell) continue;
-      if (size > 0) PaintText(painter, row, column, x, size, from, to, right, colors);
+      if (size > 0) {
+        const auto look = looks_ ? looks_->Look(row.index, column, font()) : std::nullopt;
+        PaintText(painter, row, column, x, size, look ? &*look : nullptr, looks, from, to, right, colors);
+      }
       break;
     }
   }
   for (std::size_t i = from; i < to; ++i) {
-    PaintText(painter, row, columns_[i].index, columns_[i].start, columns_[i].size, i + 1, to, right, colors);
+    const CellAppearance* look = looks_ && looks[i - from] ? &*looks[i - from] : nullptr;
+    PaintText(painter, row, columns_[i].index, columns_[i].start, columns_[i].size, look, looks, i + 1, to, right,
+              colors);
   }
 }
 
 // One cell, over its empty neighbours from columns_[next] on where it is a text too long for it.
-void GridView::PaintText(QPainter& painter, const GridSpan& row, int column, int x, int width, std::size_t next,
-                         std::size_t to, int right, const Colors& colors) const {
-  std::optional<CellAppearance> look;
-  if (looks_) look = looks_->Look(row.index, column, font());
+void GridView::PaintText(QPainter& painter, const GridSpan& row, int column, int x, int width,
+                         const CellAppearance* look, const RowLooks& looks, std::size_t next, std::size_t to, int right,
+                         const Colors& colors) const {
   const QRect cell(x, row.start, width - 1, row.size - 1);  // without its lines
-  if (look && look->fill.isValid()) painter.fillRect(cell, look->fill);
-
   const CellView view = workbook_.ReadRC(row.index, column);
   const int type = std::abs(view.type);
   if (type == EmptyCell || (type == NumberCell && view.number == 0 && !geometry_.showsZeros)) return;
@@ -579,15 +590,19 @@ void GridView::PaintText(QPainter& painter, const GridSpan& row, int column, int
     }
     QRect room = cell;
     if (needed > inside.width() && type == TextCell && side == Qt::AlignLeft) {
+      // No lines through the text; a fill has covered them already.
+      bool isFilled = look && look->fill.isValid();
       for (std::size_t i = next; i < to && room.width() < needed + 2 * Padding; ++i) {
         if (workbook_.ReadRC(row.index, columns_[i].index).type != EmptyCell) break;
+        const auto* other = looks.empty() ? nullptr : &looks[looks.size() - (to - i)];
+        const bool nextIsFilled = other && *other && (*other)->fill.isValid();
+        if (!isFilled && !nextIsFilled) {
+          painter.fillRect(room.right() + 1, cell.top(), 1, cell.height(), colors.base);
+        }
+        isFilled = nextIsFilled;
         room.setRight(columns_[i].End() - 2);
       }
       room.setRight(std::min(room.right(), right - 1));
-      // No lines through the text.
-      if (room.right() > cell.right()) {
-        painter.fillRect(QRect(QPoint(cell.right() + 1, cell.top()), room.bottomRight()), colors.base);
-      }
     }
     if (needed > inside.width()) {
       painter.save();

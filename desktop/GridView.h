@@ -173,6 +173,7 @@ class GridView : public QAbstractScrollArea {
     SheetGeometry geometry;
   };
   struct Colors;
+  using RowLooks = std::vector<std::optional<CellAppearance>>;  // of a pane's columns; empty: all plain
 
   // layout
   void MeasureFont();
@@ -193,8 +194,8 @@ class GridView : public QAbstractScrollArea {
   void PaintCells(QPainter& painter, const QRect& area, const Colors& colors) const;
   void PaintRow(QPainter& painter, const GridSpan& row, std::size_t from, std::size_t to, int right,
                 const Colors& colors) const;
-  void PaintText(QPainter& painter, const GridSpan& row, int column, int x, int width, std::size_t next, std::size_t to,
-                 int right, const Colors& colors) const;
+  void PaintText(QPainter& painter, const GridSpan& row, int column, int x, int width, const CellAppearance* look,
+                 const RowLooks& looks, std::size_t next, std::size_t to, int right, const Colors& colors) const;
   void PaintSelection(QPainter& painter, const Colors& colors) const;
   void PaintHeadings(QPainter& painter, const QRect& area, const Colors& colors) const;
   QString FittedNumber(int row, int column, bool keepsDigits, const QFontMetrics& metrics, int width) const;

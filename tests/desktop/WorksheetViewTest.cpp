@@ -419,6 +419,63 @@ TEST_F(WorksheetViewTest, HidesAndFreezes) {
   EXPECT_FALSE(grid->HasFrozenPanes());
 }
 
+// Looks as someone else keeps them.
+class PlainLooks : public GridLooks {
+ public:
+  void Describe(SheetGeometry& geometry) const override {
+    if (height >= 0) geometry.rows.SetSize(first, last, height);
+    geometry.frozenRows = frozen;
+    geometry.showsHeadings = headings;
+  }
+  std::optional<CellAppearance> Look(int row, int column, const QFont& base) const override {
+    if (row != 2 || column != 2) return std::nullopt;
+    return CellAppearance{base, Qt::white, QColor(10, 120, 30), Qt::AlignLeft, true};
+  }
+  void SetRowHeight(int firstRow, int lastRow, int pixels) override {
+    first = firstRow;
+    last = lastRow;
+    height = pixels;
+  }
+  void Freeze(int rows, int) override { frozen = rows; }
+
+  int first = 1;
+  int last = 1;
+  int height = -1;
+  int frozen = 0;
+  bool headings = true;
+};
+
+TEST_F(WorksheetViewTest, HeedsLooks) {
+  PlainLooks looks;
+  grid->SetLooks(&looks);
+  const auto colour = [&](int row, int column) {
+    return Port()->grab().toImage().pixelColor(grid->CellRect(row, column).bottomRight() - QPoint(6, 3));
+  };
+  EXPECT_EQ(colour(2, 2), QColor(10, 120, 30));
+  EXPECT_NE(colour(2, 3), QColor(10, 120, 30));
+  book.NumberRC(2, 2, 2.0 / 3);
+  book.SetColumnWidth(2, 5);
+  const QImage marks = Port()->grab(grid->CellRect(2, 2)).toImage();
+  book.NumberRC(2, 2, 1.0 / 3);  // neither fits, and none may be cut
+  EXPECT_EQ(Port()->grab(grid->CellRect(2, 2)).toImage(), marks);
+  // A border of a row that is dragged.
+  const QPoint border(5, grid->RowHeadingRect(4).bottom());
+  const int height = grid->RowHeadingRect(4).height();
+  Drag(border, border + QPoint(0, 15));
+  EXPECT_EQ(looks.first, 4);
+  EXPECT_EQ(looks.height, height + 15);
+  EXPECT_EQ(grid->CellRect(4, 1).height(), height + 15);
+  grid->GoTo("A3");
+  grid->FreezePanes();
+  EXPECT_EQ(looks.frozen, 2);
+  grid->ScrollTo(900, 1);
+  EXPECT_FALSE(grid->CellRect(2, 2).isEmpty());
+  looks.headings = false;
+  view.Refresh();
+  EXPECT_EQ(grid->CellRect(1, 1).topLeft(), QPoint(0, 0));
+  grid->SetLooks(nullptr);
+}
+
 // --- clipboard ---
 
 TEST_F(WorksheetViewTest, CopiesCutsAndPastes) {
