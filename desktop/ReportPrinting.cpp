@@ -113,6 +113,18 @@ void NarrowTables(QTextDocument& document, double width) {
   }
 }
 
+// Qt does not fit these measures to the device.
+void FitMargins(QTextDocument& document, double scale) {
+  for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {
+    QTextBlockFormat format = block.blockFormat();
+    if (format.leftMargin() == 0 && format.rightMargin() == 0 && format.textIndent() == 0) continue;
+    format.setLeftMargin(scale * format.leftMargin());
+    format.setRightMargin(scale * format.rightMargin());
+    format.setTextIndent(scale * format.textIndent());
+    QTextCursor(block).setBlockFormat(format);
+  }
+}
+
 }  // namespace
 
 QPageLayout ToPageLayout(const PageSetup& setup) {
@@ -137,9 +149,13 @@ int PrintRichText(const RichText& text, QPagedPaintDevice& device, const Picture
   layout.setPaintDevice(&device);
   SetPaperSize(document, page);
   AppendBlocks(document, text.blocks);
-  NarrowTables(document, page.width() * ScreenDpi() / device.logicalDpiX());
-  document.setPageSize(QSizeF(page.width(), -1));
+  const double scale = device.logicalDpiX() / ScreenDpi();
   QTextCursor cursor(&document);
+  cursor.beginEditBlock();
+  NarrowTables(document, page.width() / scale);
+  FitMargins(document, scale);
+  cursor.endEditBlock();
+  document.setPageSize(QSizeF(page.width(), -1));
   cursor.beginEditBlock();
   PageBreaker(FindUnits(document), page.height()).Run();
   cursor.endEditBlock();

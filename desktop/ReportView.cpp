@@ -343,10 +343,21 @@ void ReportView::keyPressEvent(QKeyEvent* event) {
       cursor.setPosition(before, keeps && !erasing ? QTextCursor::KeepAnchor : QTextCursor::MoveAnchor);
       setTextCursor(cursor);
       movingCaret_ = false;
-      QTextEdit::keyPressEvent(event);
+      if (erasing && event->modifiers() == Qt::NoModifier) {
+        cursor.deletePreviousChar();
+        setTextCursor(cursor);
+      } else {
+        QTextEdit::keyPressEvent(event);
+      }
       PutCaretBehindHiddenText();
       return;
     }
+  }
+  // At the start of an indented paragraph the base class would take away the indent, bit by bit.
+  if (erasing && event->modifiers() == Qt::NoModifier) {
+    cursor.deletePreviousChar();
+    setTextCursor(cursor);
+    return;
   }
   if (matches({QKeySequence::DeleteEndOfWord, QKeySequence::DeleteEndOfLine, QKeySequence::DeleteStartOfWord}) &&
       !isReadOnly() && !cursor.hasSelection()) {
@@ -565,16 +576,15 @@ void ReportView::ToggleList(bool numbers) {
   int count = 0;
   for (const QTextBlock& block : blocks) {
     QTextCursor cursor(block);
-    QTextBlockFormat format = block.blockFormat();
-    const double hanging = PixelsOfTwips(ListIndent);
+    ParagraphFormat format = ToParagraphFormat(block);
     if (isList(block)) {
       const QRegularExpressionMatch mark = anyMark.match(block.text());
       cursor.setPosition(block.position() + static_cast<int>(mark.capturedStart(1)));
       cursor.setPosition(block.position() + static_cast<int>(mark.capturedEnd(1)), QTextCursor::KeepAnchor);
       cursor.removeSelectedText();
-      format.setLeftMargin(format.leftMargin() - hanging);
-      format.setTextIndent(0);
-      format.setTabPositions({});
+      format.leftIndent = std::max(format.leftIndent - ListIndent, 0);
+      format.firstIndent = 0;
+      format.tabs.clear();
     }
     if (!off) {
       cursor.setPosition(BehindHiddenText(block.position()));
@@ -583,11 +593,11 @@ void ReportView::ToggleList(bool numbers) {
       QTextCharFormat looks = next.charFormat();
       if (looks.objectType() != QTextFormat::NoObject) looks = ToQtFormat(CharFormat{});
       cursor.insertText(numbers ? QStringLiteral("%1.\t").arg(++count) : QStringLiteral("•\t"), looks);
-      format.setLeftMargin(format.leftMargin() + hanging);
-      format.setTextIndent(-hanging);
-      format.setTabPositions({QTextOption::Tab(format.leftMargin(), QTextOption::LeftTab)});
+      format.leftIndent += ListIndent;
+      format.firstIndent = -ListIndent;
+      format.tabs.assign(1, TabStop{format.leftIndent});
     }
-    cursor.setBlockFormat(format);
+    cursor.setBlockFormat(ToQtFormat(format));
   }
   step.endEditBlock();
 }
@@ -599,17 +609,14 @@ void ReportView::Indent(int steps) {
   QTextCursor step = textCursor();
   step.beginEditBlock();
   for (const QTextBlock& block : SelectedBlocks()) {
-    QTextBlockFormat format = block.blockFormat();
-    const double least = std::max(0.0, -format.textIndent());
-    const double margin = std::max(least, format.leftMargin() + steps * PixelsOfTwips(IndentStep));
+    ParagraphFormat format = ToParagraphFormat(block);
+    const int indent = std::max({0, -format.firstIndent, format.leftIndent + steps * IndentStep});
     // The tab behind a list's mark goes along.
-    QList<QTextOption::Tab> tabs = format.tabPositions();
-    for (QTextOption::Tab& tab : tabs) {
-      if (format.textIndent() < 0 && tab.position == format.leftMargin()) tab.position = margin;
+    for (TabStop& tab : format.tabs) {
+      if (format.firstIndent < 0 && tab.position == format.leftIndent) tab.position = indent;
     }
-    if (!tabs.isEmpty()) format.setTabPositions(tabs);
-    format.setLeftMargin(margin);
-    QTextCursor(block).setBlockFormat(format);
+    format.leftIndent = indent;
+    QTextCursor(block).setBlockFormat(ToQtFormat(format));
   }
   step.endEditBlock();
 }

@@ -92,48 +92,10 @@ QString ToQtText(const std::string& text) {
   return result;
 }
 
-QTextBlockFormat ToQtFormat(const ParagraphFormat& format) {
-  QTextBlockFormat result;
-  result.setAlignment(ToQt(format.alignment));
-  if (format.leftIndent != 0) result.setLeftMargin(PixelsOfTwips(format.leftIndent));
-  if (format.rightIndent != 0) result.setRightMargin(PixelsOfTwips(format.rightIndent));
-  if (format.firstIndent != 0) result.setTextIndent(PixelsOfTwips(format.firstIndent));
-  if (format.spaceBefore != 0) result.setTopMargin(PixelsOfTwips(format.spaceBefore));
-  if (format.spaceAfter != 0) result.setBottomMargin(PixelsOfTwips(format.spaceAfter));
-  if (format.keepWithNext) result.setProperty(KeepWithNext, true);
-  if (!format.tabs.empty()) result.setTabPositions(ToQtTabs(format.tabs));
-  // Qt gives an empty block ahead of a table no height unless it has a background.
-  result.setBackground(Qt::NoBrush);
-  return result;
-}
-
 QTextBlockFormat FillerFormat() {
   QTextBlockFormat format;
   format.setProperty(Filler, true);
   return format;
-}
-
-ParagraphFormat ToParagraphFormat(const QTextBlockFormat& format) {
-  ParagraphFormat result;
-  result.alignment = ToAlignment(format.alignment());
-  result.leftIndent = TwipsOfPixels(format.leftMargin());
-  result.rightIndent = TwipsOfPixels(format.rightMargin());
-  result.firstIndent = TwipsOfPixels(format.textIndent());
-  result.spaceBefore = TwipsOfPixels(format.topMargin());
-  result.spaceAfter = TwipsOfPixels(format.bottomMargin());
-  result.keepWithNext = format.boolProperty(KeepWithNext);
-  for (const QTextOption::Tab& tab : format.tabPositions()) {
-    TabStop stop{TwipsOfPixels(tab.position)};
-    if (tab.type == QTextOption::DelimiterTab) {
-      stop.decimal = true;
-    } else if (tab.type == QTextOption::CenterTab) {
-      stop.alignment = Alignment::Centre;
-    } else if (tab.type == QTextOption::RightTab) {
-      stop.alignment = Alignment::Right;
-    }
-    result.tabs.push_back(stop);
-  }
-  return result;
 }
 
 // The few formats of a report, made once.
@@ -420,7 +382,7 @@ class Extractor {
 
   Paragraph ReadBlock(const QTextBlock& block) {
     Paragraph paragraph;
-    paragraph.format = ToParagraphFormat(block.blockFormat());
+    paragraph.format = ToParagraphFormat(block);
     if (const QTextList* list = block.textList()) ReadListMark(*list, block, paragraph);
     for (auto it = block.begin(); !it.atEnd(); ++it) {
       const QTextFragment fragment = it.fragment();
@@ -651,6 +613,48 @@ double ScreenDpi() {
 
 double PixelsOfTwips(int twips) { return twips * ScreenDpi() / 1440.0; }
 
+QTextBlockFormat ToQtFormat(const ParagraphFormat& format) {
+  QTextBlockFormat result;
+  result.setAlignment(ToQt(format.alignment));
+  // Of a block's measures to the left and right Qt fits only this one, and tabs, to the device.
+  if (format.leftIndent > 0) result.setIndent(format.leftIndent);
+  if (format.leftIndent < 0) result.setLeftMargin(PixelsOfTwips(format.leftIndent));
+  if (format.rightIndent != 0) result.setRightMargin(PixelsOfTwips(format.rightIndent));
+  if (format.firstIndent != 0) result.setTextIndent(PixelsOfTwips(format.firstIndent));
+  if (format.spaceBefore != 0) result.setTopMargin(PixelsOfTwips(format.spaceBefore));
+  if (format.spaceAfter != 0) result.setBottomMargin(PixelsOfTwips(format.spaceAfter));
+  if (format.keepWithNext) result.setProperty(KeepWithNext, true);
+  if (!format.tabs.empty()) result.setTabPositions(ToQtTabs(format.tabs));
+  // Qt gives an empty block ahead of a table no height unless it has a background.
+  result.setBackground(Qt::NoBrush);
+  return result;
+}
+
+ParagraphFormat ToParagraphFormat(const QTextBlock& block) {
+  const QTextBlockFormat format = block.blockFormat();
+  ParagraphFormat result;
+  result.alignment = ToAlignment(format.alignment());
+  result.leftIndent =
+      TwipsOfPixels(format.leftMargin()) + format.indent() * TwipsOfPixels(block.document()->indentWidth());
+  result.rightIndent = TwipsOfPixels(format.rightMargin());
+  result.firstIndent = TwipsOfPixels(format.textIndent());
+  result.spaceBefore = TwipsOfPixels(format.topMargin());
+  result.spaceAfter = TwipsOfPixels(format.bottomMargin());
+  result.keepWithNext = format.boolProperty(KeepWithNext);
+  for (const QTextOption::Tab& tab : format.tabPositions()) {
+    TabStop stop{TwipsOfPixels(tab.position)};
+    if (tab.type == QTextOption::DelimiterTab) {
+      stop.decimal = true;
+    } else if (tab.type == QTextOption::CenterTab) {
+      stop.alignment = Alignment::Centre;
+    } else if (tab.type == QTextOption::RightTab) {
+      stop.alignment = Alignment::Right;
+    }
+    result.tabs.push_back(stop);
+  }
+  return result;
+}
+
 QList<QTextOption::Tab> ToQtTabs(const std::vector<TabStop>& tabs) {
   QList<QTextOption::Tab> result;
   for (const TabStop& tab : tabs) {
@@ -709,6 +713,7 @@ void PrepareDocument(QTextDocument& document, PicturePainter painter) {
   QFont font(QStringLiteral("Arial"));
   font.setPointSizeF(10);
   document.setDefaultFont(font);
+  document.setIndentWidth(PixelsOfTwips(1));
   auto* objects = new InlineObjects(&document);
   objects->painter = std::move(painter);
   document.documentLayout()->registerHandler(InlineObject, objects);

@@ -13,6 +13,7 @@
 #include <QRectF>
 #include <QSizeF>
 #include <QTextBlock>
+#include <QTextBlockFormat>
 #include <QTextCharFormat>
 #include <QTextCursor>
 #include <QTextDocument>
@@ -68,6 +69,8 @@ bool KeepsWithNext(const QTextBlock& block);
 
 CharFormat ToCharFormat(const QTextCharFormat& format);
 QTextCharFormat ToQtFormat(const CharFormat& format);
+QTextBlockFormat ToQtFormat(const ParagraphFormat& format);
+ParagraphFormat ToParagraphFormat(const QTextBlock& block);
 QList<QTextOption::Tab> ToQtTabs(const std::vector<TabStop>& tabs);
 
 // The inline objects.

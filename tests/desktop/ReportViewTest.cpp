@@ -181,6 +181,15 @@ TEST_F(ReportViewTest, ErasingGoesPastHiddenText) {
   EXPECT_EQ(std::get<Paragraph>(report.text.blocks[1]), Tagged(11, "Title"));
 }
 
+TEST_F(ReportViewTest, BackspaceJoinsAnIndentedParagraphAtOnce) {
+  Paragraph indented = Words("b");
+  indented.format.leftIndent = 720;
+  Show({Words("a"), indented});
+  CaretTo(1, 0);
+  QTest::keyClick(&view, Qt::Key_Backspace);
+  EXPECT_EQ(Visible(Committed()), "ab");
+}
+
 TEST_F(ReportViewTest, CutAndPasteCarryHiddenTextAndUndoBringsItBack) {
   RichText two = SampleResult();
   two.Append(SampleResult());
