@@ -1,41 +1,25 @@
 #include "desktop/RichTextDocument.h"
 
 #include <QAbstractTextDocumentLayout>
-#include <QCache>
-#include <QFontMetricsF>
 #include <QGuiApplication>
-#include <QImage>
-#include <QPainter>
-#include <QPainterPath>
 #include <QScreen>
 #include <QTextBlock>
 #include <QTextFrame>
 #include <QTextList>
-#include <QTextObjectInterface>
 #include <QTextTable>
 #include <algorithm>
 #include <cmath>
 
-#include "report/RtfPicture.h"
+#include "desktop/ReportObjects.h"
 #include "report/TableGrid.h"
-
-Q_DECLARE_METATYPE(std::shared_ptr<const tellurix::PictureGroup>)
 
 namespace tellurix {
 
 namespace {
 
-using PicturePointer = std::shared_ptr<const PictureGroup>;
-
-constexpr int InlineObject = QTextFormat::UserObject + 1;
-
 enum Property {
-  // Of characters: what an inline object stands for.
-  HiddenText = QTextFormat::UserProperty + 1,
-  IsHidden,
-  Picture,
   // Of blocks.
-  KeepWithNext,
+  KeepWithNext = FirstFreeProperty,
   Filler,  // stands where Qt needs a block and the report has none, as long as it is empty
   // Of cells, in twips.
   CellEdge,
@@ -50,7 +34,6 @@ enum Property {
   RowHeader,
 };
 
-constexpr char16_t ObjectCharacter = 0xFFFC;
 constexpr char16_t LineBreak = 0x2028;
 constexpr int MaxColumns = 200;
 constexpr int StandardWidth = 9000;  // twips, for tables that name no widths
@@ -505,88 +488,6 @@ class Extractor {
   int to_;
 };
 
-// Measures and draws hidden runs and pictures.
-class InlineObjects : public QObject, public QTextObjectInterface {
-  Q_OBJECT
-  Q_INTERFACES(QTextObjectInterface)
-
- public:
-  explicit InlineObjects(QObject* parent) : QObject(parent) {}
-
-  PicturePainter painter;
-  QSizeF paper;
-
-  QSizeF intrinsicSize(QTextDocument* document, int position, const QTextFormat& format) override {
-    const QPaintDevice* device = document->documentLayout()->paintDevice();
-    const double dpi = device != nullptr ? device->logicalDpiY() : ScreenDpi();
-    if (format.boolProperty(IsHidden)) {
-      // Alone in its paragraph it still leaves the line its height.
-      const QTextBlock block = document->findBlock(position);
-      if (block.length() > 2) return {0, 0};
-      const double points = format.toCharFormat().fontPointSize();
-      return {0, 0.9 * (points > 0 ? points : 10) * dpi / 72};
-    }
-    const auto picture = format.property(Picture).value<PicturePointer>();
-    if (!picture) return {0, 0};
-    const auto [width, height] = PictureSize(*picture);
-    QSizeF size(width * dpi / 1440, height * dpi / 1440);
-    // On paper a picture is made to fit its page.
-    if (paper.isValid()) {
-      const QSizeF room(paper.width(), 0.96 * paper.height());
-      if (size.width() > room.width() || size.height() > room.height()) size.scale(room, Qt::KeepAspectRatio);
-    }
-    return size;
-  }
-
-  void drawObject(QPainter* target, const QRectF& place, QTextDocument*, int, const QTextFormat& format) override {
-    if (format.boolProperty(IsHidden)) return;
-    const auto picture = format.property(Picture).value<PicturePointer>();
-    if (!picture) return;
-    target->save();
-    const bool drawn = (painter && painter(*target, place, *picture)) || DrawImage(*target, place, picture);
-    target->restore();
-    if (!drawn) DrawPlaceholder(*target, place, *picture);
-  }
-
- private:
-  struct Decoded {
-    PicturePointer picture;  // held, so that its address stays its own
-    QImage image;
-  };
-
-  bool DrawImage(QPainter& target, const QRectF& place, const PicturePointer& picture) {
-    if (picture->kind != "pngblip" && picture->kind != "jpegblip") return false;
-    Decoded* decoded = images_.object(picture.get());
-    if (decoded == nullptr) {
-      decoded = new Decoded{picture, QImage::fromData(reinterpret_cast<const uchar*>(picture->bytes.data()),
-                                                      static_cast<int>(picture->bytes.size()))};
-      const auto cost = std::clamp<qsizetype>(decoded->image.sizeInBytes() / 1024, 1, images_.maxCost());
-      images_.insert(picture.get(), decoded, cost);
-    }
-    if (decoded->image.isNull()) return false;
-    target.setRenderHint(QPainter::SmoothPixmapTransform);
-    target.drawImage(place, decoded->image);
-    return true;
-  }
-
-  static void DrawPlaceholder(QPainter& target, const QRectF& place, const PictureGroup& picture) {
-    target.save();
-    target.setPen(QPen(QColor(0x99, 0x99, 0x99), 0));
-    target.setBrush(QColor(0xF6, 0xF6, 0xF6));
-    target.drawRect(place.adjusted(0, 0, -1, -1));
-    QFont font(QStringLiteral("Arial"));
-    font.setPixelSize(std::clamp(static_cast<int>(place.height() / 10), 1, 400));
-    target.setFont(font);
-    target.setPen(QColor(0x66, 0x66, 0x66));
-    const QString kind = picture.kind.empty() ? QStringLiteral("picture") : QString::fromStdString(picture.kind);
-    target.setClipRect(place, Qt::IntersectClip);
-    target.drawText(place, Qt::AlignCenter, kind);
-    target.restore();
-  }
-
-  QCache<const PictureGroup*, Decoded> images_{256 * 1024};  // kilobytes
-};
-
 InlineObjects* ObjectsOf(const QTextDocument& document) {
   return document.findChild<InlineObjects*>(QString(), Qt::FindDirectChildrenOnly);
 }
@@ -872,5 +773,3 @@ QString ToPlainText(const RichText& text, bool endsInMark) {
 }
 
 }  // namespace tellurix
-
-#include "RichTextDocument.moc"

@@ -9,6 +9,7 @@
 #include <QClipboard>
 #include <QFileInfo>
 #include <QImage>
+#include <QMenu>
 #include <QMimeData>
 #include <QPrinter>
 #include <QScrollBar>
@@ -343,6 +344,39 @@ TEST_F(ReportViewTest, HelpIsThatOfTheResultUnderTheCaret) {
   EXPECT_EQ(topicAt(2, 0), 11);
   EXPECT_EQ(topicAt(3, 0), 12);  // the caret goes behind the tag
   EXPECT_EQ(topicAt(4, 2), 12);
+}
+
+TEST_F(ReportViewTest, TheMenuOffersHelpOnTheResultUnderTheMouse) {
+  Show({Tagged(11, "One"), Words("text"), Tagged(12, "Two")});
+  QSignalSpy spy(&view, &ReportView::HelpRequested);
+  view.moveCursor(QTextCursor::End);
+  const QPoint point = view.cursorRect(QTextCursor(view.document()->findBlockByNumber(1))).center();
+  QContextMenuEvent event(QContextMenuEvent::Mouse, point, view.viewport()->mapToGlobal(point));
+  QApplication::sendEvent(view.viewport(), &event);
+  QMenu* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+  ASSERT_NE(menu, nullptr);
+  menu->actions().back()->trigger();
+  menu->close();
+  ASSERT_EQ(spy.count(), 1);
+  EXPECT_EQ(spy[0][0].toInt(), 11);
+}
+
+TEST_F(ReportViewTest, AReadOnlyReportStaysAsItIs) {
+  report.document.readOnly = true;
+  Show({Tagged(11, "One")});
+  QTest::keyClicks(&view, "x");
+  QTest::keyClick(&view, Qt::Key_Backspace);
+  QTest::keyClick(&view, Qt::Key_Delete);
+  QTest::keyClick(&view, Qt::Key_Delete, Qt::ControlModifier);
+  Paste("text/rtf", "{\\rtf1 y}");
+  view.FindBar().SetFindText("One");
+  view.FindBar().SetReplaceText("z");
+  EXPECT_EQ(view.FindBar().ReplaceAll(), 0);
+  view.SetBold(false);
+  view.ToggleBullets();
+  EXPECT_FALSE(report.document.changed);
+  report.Append(SampleResult());
+  EXPECT_EQ(TagCount(ToRichText(*view.document())), 2);
 }
 
 TEST_F(ReportViewTest, FindsAndReplaces) {
