@@ -128,7 +128,7 @@ void ReportFindBar::Put(QTextCursor& place) const {
 
 bool ReportFindBar::Replace() {
   QTextCursor selected = view_.textCursor();
-  if (selected.hasSelection() && !find_->text().isEmpty()) {
+  if (!view_.isReadOnly() && selected.hasSelection() && !find_->text().isEmpty()) {
     QTextCursor start(selected);
     start.setPosition(selected.selectionStart());
     QTextCursor place = view_.document()->find(find_->text(), start, Flags());
@@ -141,7 +141,7 @@ bool ReportFindBar::Replace() {
 }
 
 int ReportFindBar::ReplaceAll() {
-  if (find_->text().isEmpty()) return 0;
+  if (view_.isReadOnly() || find_->text().isEmpty()) return 0;
   QTextDocument& document = *view_.document();
   QTextCursor step(&document);
   step.beginEditBlock();

@@ -261,7 +261,7 @@ void ReportView::SetPicturePainter(PicturePainter painter) {
 }
 
 bool ReportView::ReplacePicture(int position, std::shared_ptr<const PictureGroup> picture) {
-  if (!PictureAt(*document(), position)) return false;
+  if (isReadOnly() || !PictureAt(*document(), position)) return false;
   QTextCursor cursor(document());
   cursor.setPosition(position);
   cursor.setPosition(position + 1, QTextCursor::KeepAnchor);
@@ -481,7 +481,9 @@ void ReportView::insertFromMimeData(const QMimeData* source) {
 
 // Formats
 
-void ReportView::MergeCharFormat(const QTextCharFormat& format) { mergeCurrentCharFormat(format); }
+void ReportView::MergeCharFormat(const QTextCharFormat& format) {
+  if (!isReadOnly()) mergeCurrentCharFormat(format);
+}
 
 void ReportView::SetFamily(const QString& family) {
   QTextCharFormat format;
@@ -538,6 +540,7 @@ void ReportView::SetColour(const QColor& colour) {
 }
 
 void ReportView::SetParagraphAlignment(Alignment alignment) {
+  if (isReadOnly()) return;
   static constexpr Qt::AlignmentFlag flags[] = {Qt::AlignLeft, Qt::AlignHCenter, Qt::AlignRight, Qt::AlignJustify};
   QTextBlockFormat format;
   format.setAlignment(flags[static_cast<int>(alignment)]);
@@ -562,6 +565,7 @@ void ReportView::ToggleBullets() { ToggleList(false); }
 void ReportView::ToggleNumbers() { ToggleList(true); }
 
 void ReportView::ToggleList(bool numbers) {
+  if (isReadOnly()) return;
   static const QRegularExpression anyMark(QStringLiteral("^\uFFFC*((?:•|\\d+\\.)\\t)"));
   static const QRegularExpression number(QStringLiteral("^\uFFFC*\\d+\\."));
   const std::vector<QTextBlock> blocks = SelectedBlocks();
@@ -606,6 +610,7 @@ void ReportView::IndentMore() { Indent(1); }
 void ReportView::IndentLess() { Indent(-1); }
 
 void ReportView::Indent(int steps) {
+  if (isReadOnly()) return;
   QTextCursor step = textCursor();
   step.beginEditBlock();
   for (const QTextBlock& block : SelectedBlocks()) {
@@ -624,6 +629,7 @@ void ReportView::Indent(int steps) {
 std::vector<TabStop> ReportView::TabStops() const { return ToParagraph(textCursor().block(), 0).format.tabs; }
 
 void ReportView::SetTabStops(const std::vector<TabStop>& tabs) {
+  if (isReadOnly()) return;
   QTextBlockFormat format;
   format.setTabPositions(ToQtTabs(tabs));
   QTextCursor cursor = textCursor();

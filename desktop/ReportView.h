@@ -40,7 +40,7 @@ class ReportView : public QTextEdit {
   int HelpTopicAtCaret() const;
 
   void SetPicturePainter(PicturePainter painter);
-  // Puts another picture in the place of the one at the position; false where none is.
+  // Puts another picture in the place of the one at the position; false where none is or the report is read-only.
   bool ReplacePicture(int position, std::shared_ptr<const PictureGroup> picture);
   // The position of the picture under a point of the viewport, or -1.
   int PicturePositionAt(QPoint point) const;
