@@ -21,6 +21,7 @@
 #include <limits>
 
 #include "desktop/ReportFindBar.h"
+#include "report/RtfPicture.h"
 
 namespace tellurix {
 
@@ -85,6 +86,16 @@ std::shared_ptr<const PictureGroup> FromImage(const QImage& image) {
   return std::make_shared<const PictureGroup>(std::move(picture));
 }
 
+// The pictures that browsers know, as HTML within the page; placeholders for the others.
+std::string ImageMarkup(const PictureGroup& picture) {
+  if (picture.kind != "pngblip" && picture.kind != "jpegblip") return {};
+  const auto [width, height] = PictureSize(picture);
+  const QByteArray bytes = QByteArray::fromStdString(picture.bytes).toBase64();
+  return "<img width=\"" + std::to_string(width / 15) + "\" height=\"" + std::to_string(height / 15) +
+         "\" src=\"data:image/" + (picture.kind == "pngblip" ? "png" : "jpeg") + ";base64," + bytes.toStdString() +
+         "\">";
+}
+
 // A selection on its way to another program, written in the format that is asked for.
 class SelectionData : public QMimeData {
  public:
@@ -101,7 +112,7 @@ class SelectionData : public QMimeData {
  protected:
   QVariant retrieveData(const QString& type, QMetaType) const override {
     if (RtfTypes().contains(type)) return QByteArray::fromStdString(SelectionRtf(text_, endsInMark_));
-    if (type == QLatin1String("text/html")) return QString::fromStdString(WriteHtml(text_, ""));
+    if (type == QLatin1String("text/html")) return QString::fromStdString(WriteHtml(text_, "", ImageMarkup));
     if (type == QLatin1String("text/plain")) return ToPlainText(text_, endsInMark_);
     if (const PictureGroup* picture = OnlyPicture();
         picture != nullptr && type.startsWith(QLatin1String("application")))

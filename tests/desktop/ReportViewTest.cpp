@@ -287,6 +287,12 @@ TEST_F(ReportViewTest, PastesWhatOtherProgramsGive) {
   ASSERT_NE(picture, nullptr);
   EXPECT_EQ(picture->kind, "pngblip");
   EXPECT_EQ(picture->goalWidth, 300);
+  // A picture by itself goes out as one.
+  QTest::keyClick(&view, Qt::Key_Left, Qt::ShiftModifier);
+  view.copy();
+  const QMimeData* out = QApplication::clipboard()->mimeData();
+  EXPECT_EQ(qvariant_cast<QImage>(out->imageData()).size(), image.size());
+  EXPECT_TRUE(out->html().contains("src=\"data:image/png;base64,"));
 }
 
 TEST_F(ReportViewTest, DamagedRichTextGivesWhatCanBeReadOrThePlainWords) {
