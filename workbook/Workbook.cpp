@@ -226,7 +226,7 @@ void Workbook::Swap(Step& step, bool backwards) {
     } else if constexpr (std::is_same_v<Change, SheetSettingsChange>) {
       std::swap(change.sheet->settings, change.settings);
     } else if constexpr (std::is_same_v<Change, SettingsChange>) {
-      std::swap(settings_, change.settings);
+      std::swap(settings_, *change.settings);
     } else {
       SheetData& sheet = *change.sheet;
       ColumnRef& held = sheet.Slot(change.slot);

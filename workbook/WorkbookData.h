@@ -128,7 +128,7 @@ struct Workbook::SheetSettingsChange {
 };
 
 struct Workbook::SettingsChange {
-  WorkbookSettings settings;
+  std::unique_ptr<WorkbookSettings> settings;  // apart: entries of the log are to be small
 };
 
 struct Workbook::Step {

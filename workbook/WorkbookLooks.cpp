@@ -299,7 +299,7 @@ void Workbook::LockSheet(bool locked) {
 void Workbook::SetSettings(const WorkbookSettings& settings) {
   if (settings == settings_) return;
   const AutoStep step(*this, "Workbook options");
-  Log(SettingsChange{settings_});
+  Log(SettingsChange{std::make_unique<WorkbookSettings>(settings_)});
   settings_ = settings;
   open_->Touch(WorkbookChange::Kind::Settings, nullptr, {1, 1, 1, 1});
 }
