@@ -257,7 +257,7 @@ void Workbook::Swap(Step& step, bool backwards) {
 
 // Computes what depends on the step's changes, and adds it to what the listeners are told.
 void Workbook::Recalculate(const Step& step, Step& told) {
-  told.areas = step.areas;
+  if (!listeners_.empty()) told.areas = step.areas;
   if (!formulas_->IsUsed()) return;
   const auto indexOf = [&](const SheetRef& sheet) {
     const auto found = std::find(sheets_.begin(), sheets_.end(), sheet);
