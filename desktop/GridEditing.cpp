@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
+#include <optional>
 
 #include "numeric/Text.h"
 
@@ -13,6 +14,8 @@ namespace tellurix {
 namespace {
 
 constexpr std::size_t LongestText = 32767;
+
+bool IsFormula(std::string_view text) { return text.size() > 1 && text[0] == '='; }
 
 }  // namespace
 
@@ -27,29 +30,27 @@ TypedValue ReadTyped(std::string_view text, const Regional& regional) {
   return {TextCell, 0};
 }
 
+std::string LockedText(const Workbook& workbook) {
+  return fmt::format("The sheet {} is locked. Lock Sheet in the Format menu unlocks it.",
+                     workbook.SheetName(workbook.Sheet()));
+}
+
 bool CommitText(Workbook& workbook, int row, int column, std::string_view text, const Regional& regional,
                 std::string& reason) {
+  if (workbook.SheetLocked()) {
+    reason = LockedText(workbook);
+    return false;
+  }
   if (CharacterCount(text) > LongestText) {
     reason = fmt::format("A cell holds at most {} characters.", LongestText);
     return false;
   }
-  const TypedValue value = ReadTyped(text, regional);
-  switch (value.type) {
-    case NumberCell:
-      workbook.NumberRC(row, column, value.number);
-      break;
-    case LogicalCell:
-      workbook.SetLogical(row, column, value.number != 0);
-      break;
-    default:
-      workbook.TextRC(row, column, text);
-  }
+  workbook.Enter(row, column, text, regional);
   return true;
 }
 
-std::string EditableText(const Workbook& workbook, int row, int column, const Regional& regional, bool formulas) {
+std::string PlainText(const Workbook& workbook, int row, int column, const Regional& regional) {
   const CellView cell = workbook.ReadRC(row, column);
-  if (cell.type < 0 && formulas) return workbook.FormulaText(row, column);
   switch (std::abs(cell.type)) {
     case NumberCell:
       return Localized(fmt::format("{}", cell.number), regional);
@@ -60,6 +61,16 @@ std::string EditableText(const Workbook& workbook, int row, int column, const Re
     default:
       return {};
   }
+}
+
+std::string EditableText(const Workbook& workbook, int row, int column, const Regional& regional) {
+  const CellView cell = workbook.ReadRC(row, column);
+  if (cell.type < 0) return workbook.FormulaText(row, column);
+  std::string text = PlainText(workbook, row, column, regional);
+  if (cell.type != TextCell || workbook.LookAt(row, column).number.form == NumberFormat::Form::Text) return text;
+  const bool staysText =
+      !IsFormula(text) && !text.starts_with('\'') && ReadTyped(text, regional).type == TextCell;
+  return staysText ? text : "'" + text;
 }
 
 // --- blocks ---
@@ -122,13 +133,20 @@ void ForBlock(std::span<const CellRange> block, OnField field, OnLine line) {
 }  // namespace
 
 std::string BlockText(const Workbook& workbook, std::span<const CellRange> block, const Regional& regional,
-                      bool quoteTexts) {
+                      bool quoteTexts, bool formulas) {
   std::string out;
   ForBlock(
       block,
       [&](int row, int column, bool first) {
         if (!first) out += '\t';
         const CellView cell = workbook.ReadRC(row, column);
+        if (formulas && cell.type < 0) {
+          const std::string formula = workbook.FormulaText(row, column);
+          if (formula.find_first_of("\t\r\n") == std::string::npos) {
+            out += formula;
+            return;
+          }
+        }
         if (std::abs(cell.type) == NumberCell) {
           if (regional.decimalSymbol == ".") {
             fmt::format_to(std::back_inserter(out), "{}", cell.number);
@@ -160,7 +178,7 @@ std::string BlockHtml(const Workbook& workbook, std::span<const CellRange> block
       [&](int row, int column, bool) {
         const bool isNumber = std::abs(workbook.ReadRC(row, column).type) == NumberCell;
         out += isNumber ? "<td align=\"right\">" : "<td>";
-        for (const char c : EditableText(workbook, row, column, regional, false)) {
+        for (const char c : PlainText(workbook, row, column, regional)) {
           switch (c) {
             case '<':
               out += "&lt;";
@@ -240,13 +258,32 @@ TextBlock::Field TextBlock::At(int row, int column) const {
   return at < end ? fields_[at] : Field{};
 }
 
+BlockSource::BlockSource(std::span<const CellRange> block) {
+  for (const CellRange& part : block) {
+    const std::pair rows(part.firstRow, part.lastRow);
+    const std::pair columns(part.firstColumn, part.lastColumn);
+    if (rows_.empty() || rows_.front() != rows) rows_.push_back(rows);
+    if (columns_.empty() || columns_.front() != columns) columns_.push_back(columns);
+  }
+}
+
+int BlockSource::At(const Parts& parts, int index) {
+  for (const auto& [first, last] : parts) {
+    if (index <= last - first) return first + index;
+    index -= last - first + 1;
+  }
+  return parts.empty() ? 1 : parts.back().second;
+}
+
 void PasteBlock(Workbook& workbook, const TextBlock& block, const CellRange& to, const Regional& regional,
-                bool quotedAreTexts) {
+                const PasteRules& rules) {
   const GridStep step(workbook, "Paste");
+  const int lines = rules.transposed ? block.Columns() : block.Rows();
+  const int width = rules.transposed ? block.Rows() : block.Columns();
   std::vector<double> numbers;
   std::vector<std::string> texts;  // empty ones clear
   for (int column = to.firstColumn; column <= to.lastColumn; ++column) {
-    const int from = (column - to.firstColumn) % block.Columns();
+    const int across = (column - to.firstColumn) % width;
     int row = to.firstRow;
     const auto flush = [&] {
       if (!numbers.empty()) workbook.SetColumnNumbers(column, row - static_cast<int>(numbers.size()), numbers);
@@ -255,9 +292,22 @@ void PasteBlock(Workbook& workbook, const TextBlock& block, const CellRange& to,
       texts.clear();
     };
     for (; row <= to.lastRow; ++row) {
-      const TextBlock::Field field = block.At((row - to.firstRow) % block.Rows(), from);
-      const TypedValue value =
-          field.quoted && quotedAreTexts ? TypedValue{TextCell, 0} : ReadTyped(field.text, regional);
+      const int down = (row - to.firstRow) % lines;
+      const int atRow = rules.transposed ? across : down;
+      const int atColumn = rules.transposed ? down : across;
+      const TextBlock::Field field = block.At(atRow, atColumn);
+      const bool isText = field.quoted && rules.quotedAreTexts;
+      if (!isText && rules.formulas && IsFormula(field.text)) {
+        flush();
+        std::optional<std::string> moved;
+        if (rules.source) {
+          moved = FormulaCode(field.text)
+                      .AfterCopy(field.text, row - rules.source->RowOf(atRow), column - rules.source->ColumnOf(atColumn));
+        }
+        workbook.Enter(row, column, moved ? *moved : field.text, regional);
+        continue;
+      }
+      const TypedValue value = isText ? TypedValue{TextCell, 0} : ReadTyped(field.text, regional);
       if (value.type == NumberCell) {
         if (!texts.empty()) flush();
         numbers.push_back(value.number);
@@ -270,25 +320,6 @@ void PasteBlock(Workbook& workbook, const TextBlock& block, const CellRange& to,
       }
     }
     flush();
-  }
-}
-
-void FillRange(Workbook& workbook, const CellRange& range, Shift direction) {
-  const bool down = direction == Shift::Rows;
-  const GridStep step(workbook, down ? "Fill down" : "Fill right");
-  const int count = down ? range.lastRow - range.firstRow + 1 : range.lastColumn - range.firstColumn + 1;
-  // What is filled is copied in turn: the steps double.
-  for (int done = 1; done < count;) {
-    const int next = std::min(done, count - done);
-    CellRange from = range;
-    if (down) {
-      from.lastRow = range.firstRow + next - 1;
-      workbook.CopyBlock(from, range.firstRow + done, range.firstColumn);
-    } else {
-      from.lastColumn = range.firstColumn + next - 1;
-      workbook.CopyBlock(from, range.firstRow, range.firstColumn + done);
-    }
-    done += next;
   }
 }
 
@@ -376,7 +407,7 @@ bool ReplaceIn(Workbook& workbook, int row, int column, const Matcher& matcher, 
   const CellView cell = workbook.ReadRC(row, column);
   if (cell.type < 0) return false;
   // Of a number all digits count, lest the ones not shown be lost.
-  const std::string old = EditableText(workbook, row, column, regional);
+  const std::string old = PlainText(workbook, row, column, regional);
   if (!matcher.Holds(old)) return false;
   const std::string made = matcher.Replaced(old, by);
   std::string reason;

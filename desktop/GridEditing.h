@@ -23,21 +23,26 @@ class GridStep {
   Workbook& workbook_;
 };
 
-// Puts a typed text into a cell: a number by the regional rule, TRUE or FALSE in either case a logical, any other text
-// a text; an empty one clears. False, with the reason, when the cell does not take it.
+// Puts a typed text into a cell by Workbook::Enter. False, with the reason, when the cell does not take it.
 bool CommitText(Workbook& workbook, int row, int column, std::string_view text, const Regional& regional,
                 std::string& reason);
 
-// What CommitText would make of a text.
+// What CommitText would make of a text that is no formula.
 struct TypedValue {
   int type = EmptyCell;  // NumberCell, TextCell or LogicalCell
   double number = 0;     // of a number or logical (true -1)
 };
 TypedValue ReadTyped(std::string_view text, const Regional& regional);
 
-// A cell as it is edited and copied: a number with the fewest digits that read back exactly, a formula as it was
-// written when `formulas`.
-std::string EditableText(const Workbook& workbook, int row, int column, const Regional& regional, bool formulas = true);
+// A cell as it is edited: a number with the fewest digits that read back exactly, a formula as it was written, a text
+// that would become something else if it were typed behind an apostrophe.
+std::string EditableText(const Workbook& workbook, int row, int column, const Regional& regional);
+
+// The same of what a cell holds or has come to, its text as it stands.
+std::string PlainText(const Workbook& workbook, int row, int column, const Regional& regional);
+
+// Why cells cannot be changed: their sheet is locked.
+std::string LockedText(const Workbook& workbook);
 
 // --- blocks of cells as text ---
 
@@ -46,9 +51,10 @@ std::string EditableText(const Workbook& workbook, int row, int column, const Re
 std::vector<CellRange> BlockOf(const Workbook& workbook);
 
 // Tab-separated lines, each ended by a line feed; fields that hold a tab, a line break or a quote at their start are
-// quoted, with `quoteTexts` every text cell is.
+// quoted, with `quoteTexts` every text cell is. `formulas`: a formula as it was written, never quoted; one that holds a
+// tab or a line break goes by its result.
 std::string BlockText(const Workbook& workbook, std::span<const CellRange> block, const Regional& regional,
-                      bool quoteTexts);
+                      bool quoteTexts, bool formulas = false);
 std::string BlockHtml(const Workbook& workbook, std::span<const CellRange> block, const Regional& regional);
 
 // Tab-separated text taken apart. A field in quotes runs to its closing quote, which a tab, a line end or the end of
@@ -77,13 +83,32 @@ class TextBlock final {
   std::size_t longest_ = 0;
 };
 
-// Writes a block over the cells of a range that fits the sheet, again and again when the range is a multiple of it, as
-// one step. `quotedAreTexts`: quoted fields are texts whatever they look like.
-void PasteBlock(Workbook& workbook, const TextBlock& block, const CellRange& to, const Regional& regional,
-                bool quotedAreTexts);
+// Where the fields of a block came from. Formulas that are pasted elsewhere are copies: their references without $ move
+// with them.
+class BlockSource final {
+ public:
+  explicit BlockSource(std::span<const CellRange> block);
+  int RowOf(int row) const { return At(rows_, row); }  // of a line, 0-based
+  int ColumnOf(int column) const { return At(columns_, column); }
 
-// Fills a range from its first row or column.
-void FillRange(Workbook& workbook, const CellRange& range, Shift direction);
+ private:
+  using Parts = std::vector<std::pair<int, int>>;  // first and last
+  static int At(const Parts& parts, int index);
+  Parts rows_;
+  Parts columns_;
+};
+
+struct PasteRules {
+  bool quotedAreTexts = false;          // quoted fields are texts whatever they look like
+  bool formulas = true;                 // what begins with "=" is a formula, else a text
+  bool transposed = false;              // lines of the block go down the columns
+  const BlockSource* source = nullptr;  // null: formulas go as they read
+};
+
+// Writes a block over the cells of a range that fits the sheet, again and again when the range is a multiple of it, as
+// one step.
+void PasteBlock(Workbook& workbook, const TextBlock& block, const CellRange& to, const Regional& regional,
+                const PasteRules& rules);
 
 // --- find and replace ---
 

@@ -574,7 +574,7 @@ void GridView::PaintText(QPainter& painter, const GridSpan& row, int column, int
 
   if (type == NumberCell) {
     painter.drawText(inside, flags,
-                     FittedNumber(row.index, column, look && look->keepsDigits, metrics, inside.width()));
+                     FittedNumber(workbook_, row.index, column, look && look->keepsDigits, metrics, inside.width()));
   } else {
     QString text;
     if (view.type == TextCell) {
@@ -616,14 +616,14 @@ void GridView::PaintText(QPainter& painter, const GridSpan& row, int column, int
   if (look) painter.setFont(font());
 }
 
-// A number as displayed; with fewer decimals where they do not fit, with marks where not even its whole part does.
-QString GridView::FittedNumber(int row, int column, bool keepsDigits, const QFontMetrics& metrics, int width) const {
-  const QString shown = FromUtf8(workbook_.FormattedTextRC(row, column));
+QString FittedNumber(const Workbook& workbook, int row, int column, bool keepsDigits, const QFontMetrics& metrics,
+                     int width) {
+  const QString shown = FromUtf8(workbook.FormattedTextRC(row, column));
   const auto fits = [&](const QString& text) { return metrics.horizontalAdvance(text) <= width; };
   // Most are so short that no measuring is needed.
   if (shown.size() * std::max(metrics.horizontalAdvance(u'0'), metrics.horizontalAdvance(u'E')) <= width) return shown;
   if (fits(shown)) return shown;
-  const double number = workbook_.ReadRC(row, column).number;
+  const double number = workbook.ReadRC(row, column).number;
   const auto byDigits = [&](int digits) { return fmt::format("{:.{}g}", number, digits); };
   if (shown.contains(u'.') && !keepsDigits) {
     const bool scientific = shown.contains(u'E') || shown.contains(u'e');

@@ -29,6 +29,11 @@ struct CellAppearance {
   bool keepsDigits = false;  // a number shows as its format says, or not at all
 };
 
+// A number as displayed; with fewer decimals where they do not fit a width, with marks where not even its whole part
+// does, or where it must keep its digits.
+QString FittedNumber(const Workbook& workbook, int row, int column, bool keepsDigits, const QFontMetrics& metrics,
+                     int width);
+
 // Row heights, hidden rows, frozen panes and looks of the active sheet, for whoever keeps them.
 class GridLooks {
  public:
@@ -120,6 +125,8 @@ class GridView : public QAbstractScrollArea {
   bool Cut();
   bool Paste();
   bool PasteText(const QString& text, bool quotedAreTexts = false);
+  // With the formulas' results only, or with rows and columns exchanged.
+  bool PasteSpecial(bool valuesOnly, bool transposed);
   bool FillDown();
   bool FillRight();
   bool Clear();
@@ -198,7 +205,6 @@ class GridView : public QAbstractScrollArea {
                  const RowLooks& looks, std::size_t next, std::size_t to, int right, const Colors& colors) const;
   void PaintSelection(QPainter& painter, const Colors& colors) const;
   void PaintHeadings(QPainter& painter, const QRect& area, const Colors& colors) const;
-  QString FittedNumber(int row, int column, bool keepsDigits, const QFontMetrics& metrics, int width) const;
 
   // marks
   CellRange LastRange() const;
@@ -226,6 +232,8 @@ class GridView : public QAbstractScrollArea {
   bool EditorKey(QLineEdit* line, QKeyEvent* event);
   bool Refuse(const QString& reason);
   bool ReadyToChange();
+  bool CanChange();  // the sheet is not locked, or that is told
+  bool PasteFrom(const QString& text, const PasteRules& rules, std::vector<CellRange>* pasted = nullptr);
   void FinishHeading(bool take);
 
   void OnChange(const WorkbookChange& change);

@@ -23,6 +23,80 @@ namespace {
 constexpr const char* OwnFormat = "application/x-tellurix-cells";
 
 constexpr qint64 SummaryCells = 100'000;  // at a time
+constexpr qint64 LookedAtCells = 1'000'000;  // copied at once with their looks
+constexpr std::size_t MostLooks = 20'000;    // pasted at once
+
+// What this program has copied, as it finds it again as long as the clipboard is its own.
+class CopiedCells : public QMimeData {
+ public:
+  const Workbook* workbook = nullptr;
+  std::vector<CellRange> block;
+  bool wereCut = false;  // formulas move: their references stay
+  QString values;        // with the formulas' results
+  // In the block, counted from 1; empty: not known.
+  std::vector<std::pair<CellRange, CellLook>> looks;
+};
+
+// The looks of a single range, as rectangles.
+std::vector<std::pair<CellRange, CellLook>> LooksIn(const Workbook& workbook, const CellRange& range) {
+  std::vector<std::pair<CellRange, CellLook>> looks;
+  std::size_t before = 0;  // those of the column to the left start there
+  for (int column = range.firstColumn; column <= range.lastColumn; ++column) {
+    const int across = column - range.firstColumn + 1;
+    const std::size_t start = looks.size();
+    for (int row = range.firstRow; row <= range.lastRow; ++row) {
+      const int down = row - range.firstRow + 1;
+      CellLook look = workbook.LookAt(row, column);
+      if (looks.size() > start && looks.back().second == look) {
+        looks.back().first.lastRow = down;
+      } else {
+        looks.push_back({{down, across, down, across}, std::move(look)});
+      }
+    }
+    // A column like the one to its left makes that one wider.
+    const std::size_t count = looks.size() - start;
+    bool isAlike = across > 1 && start - before == count;
+    for (std::size_t i = 0; isAlike && i < count; ++i) {
+      const auto& left = looks[before + i];
+      const auto& right = looks[start + i];
+      isAlike = left.first.firstRow == right.first.firstRow && left.first.lastRow == right.first.lastRow &&
+                left.second == right.second;
+    }
+    if (isAlike) {
+      for (std::size_t i = before; i < start; ++i) looks[i].first.lastColumn = across;
+      looks.resize(start);
+    } else {
+      before = start;
+    }
+  }
+  return looks;
+}
+
+LookChange AllOf(const CellLook& look) {
+  return {look.number, look.fontName,  look.fontSize,   look.bold,      look.italic,
+          look.underline, look.textColour, look.fillColour, look.alignment};
+}
+
+void PasteLooks(Workbook& workbook, const CopiedCells& copied, const CellRange& to) {
+  const CellRange& from = copied.block.front();
+  const int rows = from.lastRow - from.firstRow + 1;
+  const int columns = from.lastColumn - from.firstColumn + 1;
+  if (copied.looks.size() == 1) {
+    workbook.SetLook(to, AllOf(copied.looks[0].second));
+    return;
+  }
+  const auto repeats = static_cast<std::size_t>((to.lastRow - to.firstRow + 1) / rows) *
+                       static_cast<std::size_t>((to.lastColumn - to.firstColumn + 1) / columns);
+  if (copied.looks.size() * repeats > MostLooks) return;
+  for (int row = to.firstRow - 1; row < to.lastRow; row += rows) {
+    for (int column = to.firstColumn - 1; column < to.lastColumn; column += columns) {
+      for (const auto& [part, look] : copied.looks) {
+        workbook.SetLook({row + part.firstRow, column + part.firstColumn, row + part.lastRow, column + part.lastColumn},
+                         AllOf(look));
+      }
+    }
+  }
+}
 
 QString FromUtf8(std::string_view text) { return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())); }
 
@@ -697,8 +771,10 @@ void GridView::SetFormulaLine(QLineEdit* line) {
   line->setMaxLength(editor_->maxLength());
   line->installEventFilter(this);
   connect(line, &QLineEdit::textEdited, this, [this](const QString& text) {
-    if (!editing_) StartEdit(&text, true, true);
-    if (editing_ && editor_->text() != text) editor_->setText(text);
+    // Copied: a refusal puts the line's own text back.
+    const QString typed = text;
+    if (!editing_) StartEdit(&typed, true, true);
+    if (editing_ && editor_->text() != typed) editor_->setText(typed);
   });
   ShowActiveCell();
 }
@@ -719,6 +795,12 @@ bool GridView::StartEdit(const QString* text, bool caretMoves, bool inLine) {
   if (editing_) {
     caretMoves_ = caretMoves_ || caretMoves;
     return true;
+  }
+  // Into the line beside the grid one may step to read what it shows.
+  if (inLine && !text && workbook_.SheetLocked()) return false;
+  if (!CanChange()) {
+    ShowActiveCell();
+    return false;
   }
   editRow_ = workbook_.ActiveRow();
   editColumn_ = workbook_.ActiveColumn();
@@ -865,7 +947,7 @@ bool GridView::eventFilter(QObject* watched, QEvent* event) {
 }
 
 void GridView::RenameColumn(int column) {
-  if (selecting_ || !CommitEdit()) return;
+  if (selecting_ || !CommitEdit() || !CanChange()) return;
   if (ColumnHeadingRect(column).isEmpty()) ScrollTo(0, column);
   renamed_ = column;
   headingEditor_->setFont(font());
@@ -898,7 +980,9 @@ bool GridView::Refuse(const QString& reason) {
   return false;
 }
 
-bool GridView::ReadyToChange() { return !selecting_ && CommitEdit(); }
+bool GridView::CanChange() { return !workbook_.SheetLocked() || Refuse(FromUtf8(LockedText(workbook_))); }
+
+bool GridView::ReadyToChange() { return !selecting_ && CommitEdit() && CanChange(); }
 
 // --- clipboard ---
 
@@ -909,10 +993,15 @@ bool GridView::Copy() {
   qint64 cells = 0;
   for (const CellRange& range : block) cells += CellCount(range);
   if (cells > MaxCopiedCells) return Refuse(tr("The marked range is too large to copy."));
-  auto* copied = new QMimeData;
+  auto* copied = new CopiedCells;
   copied->setText(FromUtf8(BlockText(workbook_, block, regional_, false)));
-  if (cells <= MaxOwnCells)
-    copied->setData(OwnFormat, QByteArray::fromStdString(BlockText(workbook_, block, regional_, true)));
+  copied->workbook = &workbook_;
+  copied->block = block;
+  if (cells <= MaxOwnCells) {
+    copied->setData(OwnFormat, QByteArray::fromStdString(BlockText(workbook_, block, regional_, true, true)));
+    copied->values = FromUtf8(BlockText(workbook_, block, regional_, true));
+  }
+  if (cells <= LookedAtCells && block.size() == 1) copied->looks = LooksIn(workbook_, block[0]);
   if (cells <= MaxHtmlCells) copied->setHtml(FromUtf8(BlockHtml(workbook_, block, regional_)));
   QApplication::clipboard()->setMimeData(copied);
   return true;
@@ -920,6 +1009,9 @@ bool GridView::Copy() {
 
 bool GridView::Cut() {
   if (!ReadyToChange() || !Copy()) return false;
+  if (const auto* held = dynamic_cast<const CopiedCells*>(QApplication::clipboard()->mimeData())) {
+    const_cast<CopiedCells*>(held)->wereCut = true;
+  }
   const GridStep step(workbook_, "Cut");
   for (const CellRange& range : MarkedRanges()) workbook_.ClearRange(range);
   return true;
@@ -928,16 +1020,47 @@ bool GridView::Cut() {
 bool GridView::Paste() {
   const QMimeData* held = QApplication::clipboard()->mimeData();
   if (!held) return false;
-  if (held->hasFormat(OwnFormat)) return PasteText(QString::fromUtf8(held->data(OwnFormat)), true);
-  return held->hasText() && PasteText(held->text());
+  if (!held->hasFormat(OwnFormat)) return held->hasText() && PasteText(held->text());
+  const QString text = QString::fromUtf8(held->data(OwnFormat));
+  const auto* own = dynamic_cast<const CopiedCells*>(held);
+  if (!own || own->workbook != &workbook_) return PasteText(text, true);
+  const BlockSource source(own->block);
+  const GridStep step(workbook_, "Paste");
+  std::vector<CellRange> pasted;
+  if (!PasteFrom(text, {.quotedAreTexts = true, .source = own->wereCut ? nullptr : &source}, &pasted)) return false;
+  if (!own->looks.empty()) {
+    for (const CellRange& range : pasted) PasteLooks(workbook_, *own, range);
+  }
+  return true;
+}
+
+bool GridView::PasteSpecial(bool valuesOnly, bool transposed) {
+  const QMimeData* held = QApplication::clipboard()->mimeData();
+  if (!held || !(held->hasFormat(OwnFormat) || held->hasText())) {
+    return Refuse(tr("There are no cells and no text on the clipboard."));
+  }
+  const auto* own = dynamic_cast<const CopiedCells*>(held);
+  const bool isOurs = held->hasFormat(OwnFormat);
+  QString text = isOurs ? QString::fromUtf8(held->data(OwnFormat)) : held->text();
+  if (valuesOnly && own && !own->values.isEmpty()) text = own->values;
+  const BlockSource source(own ? own->block : std::vector<CellRange>{{1, 1, 1, 1}});
+  const bool moves = own && own->workbook == &workbook_ && !own->wereCut;
+  return PasteFrom(text, {.quotedAreTexts = isOurs,
+                          .formulas = !valuesOnly,
+                          .transposed = transposed,
+                          .source = moves ? &source : nullptr});
 }
 
 bool GridView::PasteText(const QString& text, bool quotedAreTexts) {
+  return PasteFrom(text, {.quotedAreTexts = quotedAreTexts});
+}
+
+bool GridView::PasteFrom(const QString& text, const PasteRules& rules, std::vector<CellRange>* pasted) {
   if (!ReadyToChange()) return false;
   const TextBlock block(text.contains(QChar(0)) ? QString(text).remove(QChar(0)).toStdString() : text.toStdString());
-  const qint64 rows = block.Rows();
-  const qint64 columns = block.Columns();
-  if (rows == 0) return false;
+  if (block.Rows() == 0) return false;
+  const qint64 rows = rules.transposed ? block.Columns() : block.Rows();
+  const qint64 columns = rules.transposed ? block.Rows() : block.Columns();
   if (block.LongestField() > 32767) return Refuse(tr("A cell holds at most 32767 characters."));
   const bool isOne = rows == 1 && columns == 1;
   std::vector<CellRange> targets;
@@ -965,8 +1088,9 @@ bool GridView::PasteText(const QString& text, bool quotedAreTexts) {
   if (cells > MaxBlockCells) return Refuse(tr("The marked range is too large to be filled."));
   {
     const GridStep step(workbook_, "Paste");
-    for (const CellRange& range : targets) PasteBlock(workbook_, block, range, regional_, quotedAreTexts);
+    for (const CellRange& range : targets) PasteBlock(workbook_, block, range, regional_, rules);
   }
+  if (pasted) *pasted = targets;
   if (targets.size() == 1 && targets[0] != LastRange()) Select(targets[0]);
   return true;
 }
@@ -981,7 +1105,7 @@ bool GridView::FillDown() {
     if (CellCount(range) > MaxBlockCells && !IsWholeRows(range)) {
       return Refuse(tr("The marked range is too large to be filled."));
     }
-    FillRange(workbook_, range, tellurix::Shift::Rows);
+    workbook_.FillDown(range);
   }
   return true;
 }
@@ -994,7 +1118,7 @@ bool GridView::FillRight() {
     if (CellCount(range) > MaxBlockCells && !IsWholeColumns(range)) {
       return Refuse(tr("The marked range is too large to be filled."));
     }
-    FillRange(workbook_, range, tellurix::Shift::Columns);
+    workbook_.FillRight(range);
   }
   return true;
 }

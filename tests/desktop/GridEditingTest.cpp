@@ -134,7 +134,7 @@ TEST(GridEditing, BlocksComeBackAsTheyWere) {
   ASSERT_EQ(block.Rows(), 4);
   ASSERT_EQ(block.Columns(), 2);
   book.TextRC(8, 5, "in the way");  // where an empty cell goes
-  PasteBlock(book, block, {5, 4, 8, 5}, Plain, true);
+  PasteBlock(book, block, {5, 4, 8, 5}, Plain, {.quotedAreTexts = true});
   book.TextRC(8, 4, "");
   for (int row = 1; row <= 4; ++row) {
     for (int column = 1; column <= 2; ++column) {
@@ -162,23 +162,6 @@ TEST(GridEditing, JoinsRangesToBlocks) {
   EXPECT_EQ(BlockOf(book), (std::vector<CellRange>{{1, 1, 2, 2}, {4, 1, 4, 2}}));
   book.AddSelection({1, 2, 2, 3});
   EXPECT_TRUE(BlockOf(book).empty());
-}
-
-TEST(GridEditing, FillsByDoubling) {
-  Workbook book;
-  book.NumberRC(1, 1, 7);
-  book.TextRC(1, 2, "b");
-  FillRange(book, {1, 1, 1000, 2}, Shift::Rows);
-  EXPECT_EQ(book.LastRow(), 1000);
-  for (const int row : {2, 3, 511, 512, 513, 1000}) {
-    EXPECT_EQ(book.NumberRC(row, 1), 7);
-    EXPECT_EQ(book.TextRC(row, 2), "b");
-  }
-  FillRange(book, {2, 1, 3, 7}, Shift::Columns);
-  for (int column = 1; column <= 7; ++column) EXPECT_EQ(book.NumberRC(3, column), 7);
-  EXPECT_EQ(book.TypeRC(4, 3), EmptyCell);
-  ASSERT_TRUE(book.Undo());
-  EXPECT_EQ(book.TextRC(3, 2), "b");
 }
 
 // --- find and replace ---
