@@ -141,7 +141,6 @@ void GridView::MeasureFont() {
   digitWidth_ = metrics.horizontalAdvance(u'0');
   fullHeadingHeight_ = static_cast<int>(std::ceil(metrics.height())) + 6;
   geometry_.rows.SetDefaultSize(static_cast<int>(std::ceil(metrics.height())) + 4);
-  geometry_.columns.SetDefaultSize(WidthToPixels(Workbook::DefaultColumnWidth));
 }
 
 int GridView::WidthToPixels(double characters) const {
@@ -155,10 +154,12 @@ double GridView::PixelsToWidth(int pixels) const {
 }
 
 void GridView::LoadWidths(int firstColumn, int lastColumn) {
+  const double usual = workbook_.Settings().columnWidth;
+  geometry_.columns.SetDefaultSize(WidthToPixels(usual));
   geometry_.columns.Reset(firstColumn, lastColumn);
   for (int column = std::max(firstColumn, 1); column <= std::min(lastColumn, GridStore::MaxColumns); ++column) {
     const double width = workbook_.ColumnWidth(column);
-    if (width != Workbook::DefaultColumnWidth) geometry_.columns.SetSize(column, column, WidthToPixels(width));
+    if (width != usual) geometry_.columns.SetSize(column, column, WidthToPixels(width));
   }
 }
 
@@ -383,6 +384,10 @@ void GridView::OnChange(const WorkbookChange& change) {
     emit Modified();
     return;
   }
+  if (change.sheet == 0) {  // settings of the workbook
+    LoadGeometry();
+    viewport()->update();
+  }
   if (change.sheet == sheet_ && change.sheet == workbook_.Sheet()) {
     const auto [first, end] = Within(rows_, change.range.firstRow, change.range.lastRow);
     switch (change.kind) {
@@ -392,8 +397,9 @@ void GridView::OnChange(const WorkbookChange& change) {
         viewport()->update();
         break;
       case WorkbookChange::Kind::Cells:
-        // With columns or rows their widths and headings have moved.
+        // With columns or rows their sizes and headings have moved.
         if (change.range.firstRow == 0) LoadWidths(change.range.firstColumn, change.range.lastColumn);
+        if (change.range.firstColumn == 0 && looks_) LoadGeometry();
         if (change.range.firstRow == 0 || change.range.firstColumn == 0) {
           UpdateLayout();
           viewport()->update();
@@ -401,6 +407,9 @@ void GridView::OnChange(const WorkbookChange& change) {
           // A text may reach over its neighbours on both sides of the range.
           viewport()->update(0, rows_[first].start, viewport()->width(), rows_[end - 1].End() - rows_[first].start);
         }
+        break;
+      case WorkbookChange::Kind::Looks:
+        viewport()->update();
         break;
       default:
         looks_ ? LoadGeometry() : UpdateLayout();

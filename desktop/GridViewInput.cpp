@@ -494,7 +494,7 @@ void GridView::mouseReleaseEvent(QMouseEvent* event) {
       SetRowHeight(height);
     } else if (looks_) {
       looks_->SetRowHeight(resized_, resized_, height);
-      LoadGeometry();
+      LoadGeometry();  // also when nothing was set
     } else {
       geometry_.rows.SetSize(resized_, resized_, height);
       UpdateLayout();
@@ -1258,6 +1258,7 @@ void GridView::UnfreezePanes() {
 }
 
 void GridView::SetRowHeight(int pixels) {
+  const GridStep step(workbook_, "Row height");
   for (const CellRange& range : MarkedRanges()) {
     if (looks_) {
       looks_->SetRowHeight(range.firstRow, range.lastRow, pixels);
@@ -1272,7 +1273,27 @@ void GridView::SetRowHeight(int pixels) {
   viewport()->update();
 }
 
-void GridView::HideRows(bool hide) { SetRowHeight(hide ? 0 : -1); }
+void GridView::HideRows(bool hide) {
+  if (hide) return SetRowHeight(0);
+  const GridStep step(workbook_, "Unhide rows");
+  const GridAxis rows = geometry_.rows;
+  for (const CellRange& range : MarkedRanges()) {
+    for (int row = range.firstRow; row <= range.lastRow && rows.HasHidden(row, range.lastRow); ++row) {
+      if (!rows.IsHidden(row)) continue;
+      const int next = rows.Next(row, 1);
+      const int last = next ? std::min(next - 1, range.lastRow) : range.lastRow;
+      if (looks_) {
+        looks_->SetRowHeight(row, last, -1);
+      } else {
+        geometry_.rows.Reset(row, last);
+      }
+      row = last;
+    }
+  }
+  UpdateLayout();
+  UpdateScrollBars();
+  viewport()->update();
+}
 
 void GridView::SetColumnWidth(double characters) {
   const GridStep step(workbook_, "Column width");

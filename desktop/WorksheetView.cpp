@@ -9,6 +9,7 @@ namespace tellurix {
 
 WorksheetView::WorksheetView(Workbook& workbook, const Regional& regional, QWidget* parent)
     : QWidget(parent),
+      looks_(workbook),
       grid_(new GridView(workbook, regional, this)),
       tabs_(new WorksheetTabs(workbook, this)),
       nameBox_(new QLineEdit(this)),
@@ -21,7 +22,12 @@ WorksheetView::WorksheetView(Workbook& workbook, const Regional& regional, QWidg
   formulaLine_->setObjectName("formulaLine");
   formulaLine_->setAccessibleName(tr("Contents of the active cell"));
   grid_->setFrameShape(QFrame::NoFrame);
+  grid_->setFont(DefaultFont(workbook));
+  grid_->SetLooks(&looks_);
   grid_->SetFormulaLine(formulaLine_);
+  listener_ = workbook.AddListener([this](const WorkbookChange& change) {
+    if (change.sheet == 0) FollowSettings();
+  });
 
   auto* top = new QHBoxLayout;
   top->setContentsMargins(2, 2, 2, 2);
@@ -51,6 +57,16 @@ WorksheetView::WorksheetView(Workbook& workbook, const Regional& regional, QWidg
   });
   connect(grid_, &GridView::Refused, this, &WorksheetView::Refused);
   connect(tabs_, &WorksheetTabs::Refused, this, &WorksheetView::Refused);
+}
+
+WorksheetView::~WorksheetView() {
+  Book().RemoveListener(listener_);
+  delete grid_;  // before what it paints by
+}
+
+void WorksheetView::FollowSettings() {
+  const QFont font = DefaultFont(Book());
+  if (font != grid_->font()) grid_->setFont(font);
 }
 
 void WorksheetView::SetSelecting(bool on) {

@@ -4,6 +4,7 @@
 #include <QWidget>
 
 #include "desktop/GridView.h"
+#include "desktop/SheetLooks.h"
 #include "desktop/WorksheetTabs.h"
 
 class QLineEdit;
@@ -16,6 +17,7 @@ class WorksheetView : public QWidget {
  public:
   // Both outlive the view.
   WorksheetView(Workbook& workbook, const Regional& regional, QWidget* parent = nullptr);
+  ~WorksheetView() override;
 
   Workbook& Book() const { return grid_->Book(); }
   GridView* Grid() const { return grid_; }
@@ -36,10 +38,14 @@ class WorksheetView : public QWidget {
   bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
+  void FollowSettings();
+
+  SheetLooksAdapter looks_;
   GridView* grid_;
   WorksheetTabs* tabs_;
   QLineEdit* nameBox_;
   QLineEdit* formulaLine_;
+  int listener_ = 0;
 };
 
 }  // namespace tellurix
