@@ -1,11 +1,14 @@
 #include "desktop/DocumentWindows.h"
 
 #include <QCloseEvent>
+#include <QLabel>
+#include <QStatusBar>
 
 #include "desktop/Icons.h"
 #include "desktop/MainWindow.h"
 #include "desktop/ReportView.h"
 #include "desktop/SelectionBar.h"
+#include "desktop/SheetActions.h"
 #include "desktop/WorksheetView.h"
 
 namespace tellurix {
@@ -39,7 +42,33 @@ WorksheetForm::WorksheetForm(MainWindow& main, Workbook& workbook) : DocumentWin
   listener_ = workbook_.AddListener([this](const WorkbookChange&) { UpdateTitle(); });
   connect(view_->Grid(), &GridView::ConfirmRequested, &main.Bar(), &SelectionBar::Confirm);
   connect(view_, &WorksheetView::Refused, this, [this](const QString& reason) { main_.Refuse(reason); });
+  connect(view_->Grid(), &GridView::ContextMenuRequested, this,
+          [this](const QPoint& position) { ShowSheetMenu(main_, *this, position); });
+  summary_ = main.statusBar()->findChild<QLabel*>("summary");
+  if (!summary_) {
+    summary_ = new QLabel(main.statusBar());
+    summary_->setObjectName("summary");
+    main.statusBar()->addPermanentWidget(summary_);
+  }
+  connect(view_->Grid(), &GridView::SummaryChanged, this, [this] {
+    if (main_.ActiveWorksheet() == this) ShowSummary(true);
+  });
+  connect(this, &QMdiSubWindow::windowStateChanged, this, [this](Qt::WindowStates before, Qt::WindowStates now) {
+    if ((before ^ now) & Qt::WindowActive) ShowSummary(now & Qt::WindowActive);
+  });
   UpdateTitle();
+}
+
+// Count, sum and mean of the marked numbers, when there are several.
+void WorksheetForm::ShowSummary(bool isInFront) {
+  if (!summary_ || !view_) return;
+  QString text;
+  if (isInFront && view_->Grid()->Summary().count > 1) {
+    const SelectionSummary& figures = view_->Grid()->Summary();
+    const auto shown = [](double value) { return QString::number(value, 'g', 10); };
+    text = QString("Sum %1   Mean %2   Count %3").arg(shown(figures.sum), shown(figures.mean)).arg(figures.count);
+  }
+  summary_->setText(text);
 }
 
 WorksheetForm::~WorksheetForm() = default;
@@ -59,6 +88,7 @@ bool WorksheetForm::Save(bool askName) {
 }
 
 void WorksheetForm::CloseDocument() {
+  if (summary_) summary_->clear();
   // The view reads the workbook: it goes first.
   workbook_.RemoveListener(listener_);
   setWidget(nullptr);

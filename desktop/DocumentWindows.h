@@ -2,8 +2,11 @@
 #pragma once
 
 #include <QMdiSubWindow>
+#include <QPointer>
 
 #include "host/Documents.h"
+
+class QLabel;
 
 namespace tellurix {
 
@@ -47,8 +50,11 @@ class WorksheetForm : public DocumentWindow {
   void CloseDocument() override;
 
  private:
+  void ShowSummary(bool isInFront);
+
   Workbook& workbook_;
   WorksheetView* view_;
+  QPointer<QLabel> summary_;  // at the right of the status bar; all worksheets share it
   int listener_ = 0;
 };
 

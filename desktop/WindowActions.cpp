@@ -13,9 +13,8 @@
 #include "desktop/MainWindow.h"
 #include "desktop/ReportFindBar.h"
 #include "desktop/ReportView.h"
+#include "desktop/SheetActions.h"
 #include "desktop/WorksheetView.h"
-#include "host/Form.h"
-#include "report/Value.h"
 #include "session/Skeleton.h"
 #include "shell/DocumentFiles.h"
 #include "shell/Tools.h"
@@ -23,64 +22,6 @@
 namespace tellurix {
 
 namespace {
-
-// Find, or find and replace, on a worksheet: a form that stays open until it is closed.
-void FindOnSheet(MainWindow& main, GridView& grid, bool replace) {
-  Form form("Find", replace ? "Replace" : "Find");
-  form.AddText("text", "Find what:", "");
-  if (replace) form.AddText("by", "Replace with:", "");
-  form.AddCheck("case", "Match &case", false);
-  form.AddCheck("whole", "Find entire cells &only", false);
-  form.AddLabel("found", "");
-  form.AddButton("next", "&Find Next", ButtonRole::Default);
-  if (replace) {
-    form.AddButton("replace", "&Replace", ButtonRole::None);
-    form.AddButton("all", "Replace &All", ButtonRole::None);
-  }
-  form.AddButton("close", "Close", ButtonRole::Cancel);
-  form.onPress = [&](const Control& button) {
-    const QString text = QString::fromStdString(form.ValueOf("text"));
-    const QString by = QString::fromStdString(form.ValueOf("by"));
-    const FindOptions options{.matchCase = form.IsChecked("case"), .wholeCell = form.IsChecked("whole")};
-    std::string outcome;
-    if (text.isEmpty()) {
-      outcome = "There is nothing to find";
-    } else if (button.id == "all") {
-      outcome = std::to_string(grid.ReplaceEverywhere(text, by, options)) + " replaced";
-    } else {
-      const bool found = button.id == "next" ? grid.Find(text, options) : grid.Replace(text, by, options);
-      if (!found) outcome = "Not found";
-    }
-    form.Update("found", [&](Control& label) { label.caption = outcome; });
-  };
-  main.DesktopSession().host.RunForm(form);
-}
-
-void DeleteOrInsertCells(MainWindow& main, GridView& grid, bool insert) {
-  Prompts& prompts = main.DesktopSession().prompts;
-  const char* choices = insert ? "^Shift cells right|^Shift cells down|^Entire row|^Entire column"
-                               : "^Shift cells left|^Shift cells up|^Entire row|^Entire column";
-  if (!prompts.ShowOptions(choices, insert ? "Insert" : "Delete Special")) return;
-  if (prompts.OptionOn(2)) {
-    insert ? grid.InsertRows() : grid.DeleteRows();
-  } else if (prompts.OptionOn(3)) {
-    insert ? grid.InsertColumns() : grid.DeleteColumns();
-  } else {
-    const Shift shift = prompts.OptionOn(0) ? Shift::Columns : Shift::Rows;
-    insert ? grid.InsertCells(shift) : grid.DeleteCells(shift);
-  }
-}
-
-// A number that is asked for, or nothing when cancelled or not above 0.
-std::optional<double> AskSize(MainWindow& main, const char* prompt, const char* title, double now) {
-  Session& session = main.DesktopSession();
-  const std::string typed = session.prompts.InputValue(prompt, title, session.Format().FormatValue(now, 2).text);
-  if (typed == CancelledInput) return std::nullopt;
-  const double size = ParseReal(typed, session.options.regional);
-  if (size > 0) return size;
-  session.data.ShowInvalidData();
-  return std::nullopt;
-}
 
 void AddWindowEntries(MainWindow& main, WindowActions& on) {
   on["M_Window(0)"] = {[&main] { main.Area().cascadeSubWindows(); }};
@@ -132,61 +73,6 @@ void AddFileEntries(MainWindow& main, WindowActions& on) {
   on["M_Exit"] = {[&main] { main.close(); }};
 }
 
-void AddWorksheetEntries(MainWindow& main, WindowActions& on) {
-  // On the grid of the worksheet in front.
-  const auto onGrid = [&main](auto action) {
-    return WindowAction{[&main, action] {
-                          if (WorksheetForm* sheet = main.ActiveWorksheet()) action(*sheet->View().Grid());
-                        },
-                        InWorksheet};
-  };
-  on["M_Fill_Down"] = onGrid([](GridView& grid) { grid.FillDown(); });
-  on["M_Fill_Right"] = onGrid([](GridView& grid) { grid.FillRight(); });
-  on["M_Delete_Row"] = onGrid([](GridView& grid) { grid.DeleteRows(); });
-  on["M_Delete_Column"] = onGrid([](GridView& grid) { grid.DeleteColumns(); });
-  on["M_Insert_Row"] = onGrid([](GridView& grid) { grid.InsertRows(); });
-  on["M_Insert_Column"] = onGrid([](GridView& grid) { grid.InsertColumns(); });
-  on["M_Delete_Special"] = onGrid([&main](GridView& grid) { DeleteOrInsertCells(main, grid, false); });
-  on["M_Insert_Cells"] = onGrid([&main](GridView& grid) { DeleteOrInsertCells(main, grid, true); });
-  on["M_Insert_Sheet"] = onGrid([](GridView& grid) {
-    grid.Book().Sheet(grid.Book().AddSheet());
-    grid.Refresh();
-  });
-  on["M_Delete_Sheet"] = onGrid([&main](GridView& grid) {
-    Workbook& book = grid.Book();
-    if (ShowMessage(main.DesktopSession(), "Delete the sheet " + book.SheetName(book.Sheet()) + "?",
-                    YesNo | QuestionIcon) != Reply::Yes) {
-      return;
-    }
-    if (!book.DeleteSheet(book.Sheet())) main.Refuse("The only sheet of a workbook cannot be deleted.");
-    grid.Refresh();
-  });
-  on["M_Goto"] = onGrid([&main](GridView& grid) {
-    const std::string typed = main.DesktopSession().prompts.InputValue("Cell or range", "Goto Cell", "");
-    if (typed != CancelledInput && !grid.GoTo(QString::fromStdString(typed))) main.DesktopSession().data.ShowInvalidData();
-  });
-  on["M_Row_Hide"] = onGrid([](GridView& grid) { grid.HideRows(true); });
-  on["M_Row_Unhide"] = onGrid([](GridView& grid) { grid.HideRows(false); });
-  on["M_Row_Default_Height"] = onGrid([](GridView& grid) { grid.SetRowHeight(-1); });
-  on["M_Row_Height"] = onGrid([&main](GridView& grid) {
-    const int now = grid.CellRect(grid.Book().ActiveRow(), grid.Book().ActiveColumn()).height();
-    if (const auto height = AskSize(main, "Row height (pixels)", "Row Height", now)) {
-      grid.SetRowHeight(static_cast<int>(*height));
-    }
-  });
-  on["M_Column_Hide"] = onGrid([](GridView& grid) { grid.HideColumns(true); });
-  on["M_Column_Unhide"] = onGrid([](GridView& grid) { grid.HideColumns(false); });
-  on["M_Column_Default_Width"] = onGrid([](GridView& grid) { grid.SetColumnWidth(-1); });
-  on["M_Column_Width"] = onGrid([&main](GridView& grid) {
-    const double now = grid.Book().ColumnWidth(grid.Book().ActiveColumn());
-    if (const auto width = AskSize(main, "Column width (characters)", "Column Width", now)) grid.SetColumnWidth(*width);
-  });
-  on["M_Column_AutoFit"] = onGrid([](GridView& grid) { grid.AutoFitColumns(); });
-  on["M_Freeze_Panes"] = onGrid([](GridView& grid) {
-    grid.HasFrozenPanes() ? grid.UnfreezePanes() : grid.FreezePanes();
-  });
-}
-
 // Entries that worksheets and reports share: on whichever is in front.
 void AddEditEntries(MainWindow& main, WindowActions& on) {
   const auto either = [&main](auto onGrid, auto onReport) {
@@ -209,6 +95,23 @@ void AddEditEntries(MainWindow& main, WindowActions& on) {
   on["M_Find"] = either([&main](GridView& grid) { FindOnSheet(main, grid, false); }, [](ReportView& view) { view.Find(); });
   on["M_Replace"] = either([&main](GridView& grid) { FindOnSheet(main, grid, true); },
                            [](ReportView& view) { view.FindAndReplace(); });
+}
+
+void AddPrintEntries(MainWindow& main, WindowActions& on) {
+  const auto either = [&main](auto onSheet, auto onReport) {
+    return WindowAction{[&main, onSheet, onReport] {
+                          if (WorksheetForm* sheet = main.ActiveWorksheet()) {
+                            onSheet(main, *sheet);
+                          } else if (ReportForm* report = main.ActiveReport()) {
+                            onReport(report->View());
+                          }
+                        },
+                        InWorksheet | InReport};
+  };
+  on["M_Page_Setup"] = either(SetUpSheetPage, [](ReportView& view) { view.EditPageSetup(); });
+  on["M_Print"] = either(PrintSheetOn, [](ReportView& view) { view.Print(); });
+  on["M_Print_Preview"] = either(PreviewSheet, [](ReportView& view) { view.PrintPreview(); });
+  on["M_Printer_Setup"] = {[&main] { ChoosePrinter(main); }};
 }
 
 void AddReportEntries(MainWindow& main, WindowActions& on) {
@@ -260,10 +163,6 @@ void AddReportEntries(MainWindow& main, WindowActions& on) {
     QString problem;
     if (file && !view.ExportPdf(QString::fromStdString(*file), problem)) main.Refuse(problem);
   });
-  // Of reports only, until worksheets print.
-  on["M_Page_Setup"] = onReport([](ReportView& view) { view.EditPageSetup(); });
-  on["M_Print"] = onReport([](ReportView& view) { view.Print(); });
-  on["M_Print_Preview"] = onReport([](ReportView& view) { view.PrintPreview(); });
 }
 
 }  // namespace
@@ -274,6 +173,7 @@ WindowActions MakeWindowActions(MainWindow& main) {
   AddEditEntries(main, on);
   AddWorksheetEntries(main, on);
   AddReportEntries(main, on);
+  AddPrintEntries(main, on);
   AddWindowEntries(main, on);
   on["M_Setup_Tools"] = {[&main] { main.SetupToolsMenu(); }};
   return on;

@@ -112,7 +112,9 @@ void WorksheetTabs::Delete(int sheet) {
   if (!changes_) return;
   emit AboutToChange();
   if (!workbook_.DeleteSheet(sheet)) {
-    emit Refused(tr("The only sheet of a workbook cannot be deleted."));
+    emit Refused(workbook_.SheetCount() > 1 ? tr("The sheet %1 is locked and cannot be deleted.")
+                                                  .arg(QString::fromStdString(workbook_.SheetName(sheet)))
+                                            : tr("The only sheet of a workbook cannot be deleted."));
     return;
   }
   Refresh();
