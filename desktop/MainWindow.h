@@ -40,6 +40,7 @@ class MainWindow : public QMainWindow {
   Session& DesktopSession() { return session_; }
   OpenDocuments& OpenedDocuments() { return documents_; }
   SelectionBar& Bar() { return *bar_; }
+  Recorder& DesktopRecorder() { return *recorder_; }
 
   // Opens a file by its extension; false after a message.
   bool OpenFile(const std::filesystem::path& file);

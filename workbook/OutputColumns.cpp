@@ -51,9 +51,11 @@ bool OutputColumns::GetOutputColumns(int& columns) {
       workbook.Sheet(row.sheet);
       used = workbook.LastCol();
     }
-    if (wanted + used >= MaxOutputColumns) {
+    const bool isFull = wanted + used >= MaxOutputColumns;
+    if (isFull || (row.sheet > 0 && documents_.WorkbookAt(row.workbook).SheetLocked())) {
       const NormalPointerHere pointer(host_);
-      host_.ShowMessage({.text = "The worksheet does not contain enough free columns, please select another.",
+      host_.ShowMessage({.text = isFull ? "The worksheet does not contain enough free columns, please select another."
+                                        : "The worksheet is locked, please select another.",
                          .title = OutputTitle,
                          .style = WarningIcon});
       continue;

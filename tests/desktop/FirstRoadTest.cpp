@@ -17,7 +17,9 @@
 #include "desktop/ReportView.h"
 #include "desktop/SelectionBar.h"
 #include "desktop/WorksheetView.h"
+#include "shell/DocumentFiles.h"
 #include "shell/ProgramFolder.h"
+#include "shell/ScriptPlayer.h"
 #include "tests/desktop/Driver.h"
 
 namespace tellurix {
@@ -43,11 +45,7 @@ class FirstRoad : public testing::Test {
     }
     return nullptr;
   }
-  void ActivateSheet() {
-    for (QMdiSubWindow* window : main.Area().subWindowList()) {
-      if (qobject_cast<WorksheetForm*>(window)) main.Area().setActiveSubWindow(window);
-    }
-  }
+  GridView* ActiveGrid() { return main.ActiveWorksheet()->View().Grid(); }
   Report& report() { return main.OpenedDocuments().ReportAt(0); }
   std::string ReportText() { return main.OpenedDocuments().ReportCount() ? WriteText(report().text) : ""; }
 
@@ -166,6 +164,78 @@ TEST_F(FirstRoad, BatchModeAsksAgainUntilItIsUnticked) {
     EXPECT_NE(text.find("Sample: Drug 2"), std::string::npos);
   });
   driver.Drive();
+}
+
+// What was done by hand is written down, and the script plays to the same report.
+TEST_F(FirstRoad, ARecordedRoadPlaysToTheSameReport) {
+  const fs::path script = fs::temp_directory_path() / "tellurix-recorded-road.tlx";
+  driver.Step("record", Idle(), [this] {
+    main.DesktopRecorder().Start();
+    EXPECT_TRUE(main.OpenFile(Root / "Data" / "sleep.csv"));
+    Driver::ClickMenu(main.menuBar(), {"Analysis", "Parametric", "Single Sample t"});
+  });
+  driver.Step("bar", BarShown(), [this] {
+    Driver::Drag(ActiveGrid()->viewport(), ActiveGrid()->CellRect(1, 2).center(), ActiveGrid()->CellRect(11, 2).center());
+    Click(OnBar("Multi0"));
+  });
+  driver.Step("form", FormShown(), [] {
+    auto* confidence = qobject_cast<QComboBox*>(Form()->WidgetOf("Combo0"));
+    ASSERT_NE(confidence, nullptr);
+    QTest::keyClick(confidence, Qt::Key_Up);  // 94
+    QWidget* mean = Form()->WidgetOf("Combo1");
+    mean->setFocus();
+    QTest::keyClick(mean, Qt::Key_A, Qt::ControlModifier);
+    QTest::keyClicks(mean, "1.5");
+    PressOk();
+  });
+  driver.Step("report", [this] { return Idle()() && main.ActiveReport(); }, [this] {
+    main.DesktopRecorder().Stop();
+    main.ActiveReport()->View().Commit();
+  });
+  driver.Drive();
+
+  std::string problem;
+  ASSERT_TRUE(WriteWholeFile(script, main.DesktopRecorder().Text(), problem)) << problem;
+  ScriptPlayer player(ScriptPaths(Root));
+  EXPECT_TRUE(player.PlayFile(script)) << player.Failure() << "\n" << main.DesktopRecorder().Text();
+  fs::remove(script);
+  ASSERT_EQ(player.PlayedDocuments().ReportCount(), 1);
+  EXPECT_EQ(WriteText(player.PlayedDocuments().ReportAt(0).text), ReportText());
+  EXPECT_NE(ReportText().find("94% confidence interval for mean difference"), std::string::npos);
+}
+
+// A changed worksheet is asked about before the report; a save that fails stops the close.
+TEST_F(FirstRoad, ClosingAsksAboutSheetsThenReports) {
+  std::vector<std::string> asked;
+  driver.Step("change", Idle(), [this] {
+    Workbook& book = *main.OpenedDocuments().ActiveWorkbook();
+    book.NumberRC(2, 1, 7);
+    book.document.path = "/nowhere/at/all/sleep.csv";
+    main.NewReport();
+    Report& fresh = main.OpenedDocuments().ReportAt(0);
+    fresh.Append(*ReadRtf("{\\rtf1 words}"));
+    QTimer::singleShot(0, &main, &QWidget::close);
+  });
+  driver.Step("sheet", BoxShown(), [&] {
+    asked.push_back(Box()->text().toStdString());
+    Answer(QMessageBox::Yes);
+  });
+  driver.Step("failed save", BoxShown(), [&] {
+    asked.push_back(Box()->windowTitle().toStdString());
+    Answer(QMessageBox::Ok);
+  });
+  driver.Step("still open", [] { return !Box(); }, [this] {
+    EXPECT_TRUE(main.isVisible());
+    QTimer::singleShot(0, &main, &QWidget::close);
+  });
+  driver.Step("sheet again", BoxShown(), [&] { Answer(QMessageBox::No); });
+  driver.Step("report", BoxShown(), [&] {
+    asked.push_back(Box()->text().toStdString());
+    Answer(QMessageBox::No);
+  });
+  driver.Drive();
+  EXPECT_FALSE(main.isVisible());
+  EXPECT_EQ(asked, (std::vector<std::string>{"Save changes to sleep.csv?", "Saving Workbook", "Save changes to Report 01?"}));
 }
 
 // The window's close box in the middle of a wait takes the command back first; then the questions come.

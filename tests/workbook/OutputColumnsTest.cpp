@@ -81,6 +81,19 @@ TEST_F(OutputColumnsTest, TakesFiveBesideTwoHundredAndFiftyButNotSix) {
   EXPECT_EQ(host.messages.size(), 3u);
 }
 
+TEST_F(OutputColumnsTest, RefusesALockedSheet) {
+  Workbook& book = documents.NewWorkbook();
+  book.LockSheet(true);
+  OutputColumns out(host, documents, prompts, results);
+  Pick("Book1: Sheet1");
+  host.forms.push_back([](Form& form) { form.Close(); });
+  int columns = 1;
+  EXPECT_FALSE(out.GetOutputColumns(columns));
+  ASSERT_EQ(host.messages.size(), 1u);
+  EXPECT_EQ(host.messages[0].text, "The worksheet is locked, please select another.");
+  EXPECT_EQ(book.LastCol(), 0);
+}
+
 TEST_F(OutputColumnsTest, WritesUnderHeadingsInOneStepOfUndo) {
   Workbook& book = documents.NewWorkbook();
   documents.NewWorkbook();
