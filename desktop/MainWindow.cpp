@@ -21,6 +21,7 @@
 #include "desktop/ReportView.h"
 #include "desktop/SelectionBar.h"
 #include "desktop/WorksheetView.h"
+#include "host/Script.h"
 #include "numeric/Text.h"
 #include "session/SessionSettings.h"
 #include "session/Skeleton.h"
@@ -288,7 +289,7 @@ bool MainWindow::OpenFile(const fs::path& file) {
   NormalPointer(session_);
   std::error_code error;
   if (opened) {
-    recorder_->Note("open " + std::string("\"") + fs::absolute(file, error).string() + "\"");
+    recorder_->Note("open " + QuotedText(fs::absolute(file, error).string()));
   } else {
     ShowMessage(session_, problem, WarningIcon, "File Open");
   }
@@ -425,10 +426,28 @@ void MainWindow::ShowHelp(int topic) {
   help_->ShowTopic(topic);
 }
 
+// A script starts on default settings with nothing open: what differs here comes first in a recording.
+void MainWindow::NoteWhatIsThere() {
+  for (const SettingKey& key : SettingKeys()) {
+    if (key.section != "Analyses" && key.section != "Graphics" && key.section != "Chart") continue;
+    const std::string value = settings_.GetIniValue(key.section, key.key, key.defaultValue);
+    if (value != key.defaultValue) recorder_->NoteSetting(key.section, key.key, value);
+  }
+  const auto open = [this](const Workbook& workbook) {
+    if (!workbook.document.path.empty()) recorder_->Note("open " + QuotedText(workbook.document.path));
+  };
+  const Workbook* active = documents_.ActiveWorkbook();
+  for (int i = 0; i < documents_.WorkbookCount(); ++i) {
+    if (&documents_.WorkbookAt(i) != active) open(documents_.WorkbookAt(i));
+  }
+  if (active) open(*active);  // the last one that is opened is the active one
+}
+
 void MainWindow::Record(bool on) {
   if (on == recorder_->IsRecording()) return;
   if (on) {
     recorder_->Start();
+    NoteWhatIsThere();
     return statusBar()->showMessage("Recording");
   }
   recorder_->Stop();

@@ -40,6 +40,7 @@ class MainWindow : public QMainWindow {
   Session& DesktopSession() { return session_; }
   OpenDocuments& OpenedDocuments() { return documents_; }
   SelectionBar& Bar() { return *bar_; }
+  void Record(bool on);  // switching off asks where to save the script
   Recorder& DesktopRecorder() { return *recorder_; }
 
   // Opens a file by its extension; false after a message.
@@ -90,7 +91,7 @@ class MainWindow : public QMainWindow {
   void SetCommandsEnabled(bool enabled);
   void CommandEnded();
   void HelpInFront();
-  void Record(bool on);
+  void NoteWhatIsThere();
   void ToolPressed(const QString& key);
 
   IniSettings settings_;

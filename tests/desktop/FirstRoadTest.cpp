@@ -17,6 +17,7 @@
 #include "desktop/ReportView.h"
 #include "desktop/SelectionBar.h"
 #include "desktop/WorksheetView.h"
+#include "session/SessionSettings.h"
 #include "shell/DocumentFiles.h"
 #include "shell/ProgramFolder.h"
 #include "shell/ScriptPlayer.h"
@@ -170,8 +171,9 @@ TEST_F(FirstRoad, BatchModeAsksAgainUntilItIsUnticked) {
 TEST_F(FirstRoad, ARecordedRoadPlaysToTheSameReport) {
   const fs::path script = fs::temp_directory_path() / "tellurix-recorded-road.tlx";
   driver.Step("record", Idle(), [this] {
-    main.DesktopRecorder().Start();
-    EXPECT_TRUE(main.OpenFile(Root / "Data" / "sleep.csv"));
+    main.DesktopSession().options.DecimalPlaces = 3;
+    SaveSettings(main.DesktopSession());
+    main.Record(true);  // what is open and set already goes in first
     Driver::ClickMenu(main.menuBar(), {"Analysis", "Parametric", "Single Sample t"});
   });
   driver.Step("bar", BarShown(), [this] {
@@ -202,6 +204,7 @@ TEST_F(FirstRoad, ARecordedRoadPlaysToTheSameReport) {
   ASSERT_EQ(player.PlayedDocuments().ReportCount(), 1);
   EXPECT_EQ(WriteText(player.PlayedDocuments().ReportAt(0).text), ReportText());
   EXPECT_NE(ReportText().find("94% confidence interval for mean difference"), std::string::npos);
+  EXPECT_NE(ReportText().find("2.002\n"), std::string::npos) << ReportText();  // three decimals
 }
 
 // A changed worksheet is asked about before the report; a save that fails stops the close.
