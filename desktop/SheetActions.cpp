@@ -241,6 +241,7 @@ void PreviewSheet(MainWindow& main, WorksheetForm& form) {
   SheetPrintSetup& setup = form.View().PrintSetup();
   SetUp(printer, setup.page);
   QPrintPreviewDialog dialog(&printer, &main);
+  dialog.resize(900, 700);
   QObject::connect(&dialog, &QPrintPreviewDialog::paintRequested, &dialog, [&](QPrinter* target) {
     int total = 0;
     PrintSheet(form.Book(), *range, setup, *target, {}, MostPreviewed, &total);
