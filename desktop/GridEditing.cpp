@@ -68,8 +68,7 @@ std::string EditableText(const Workbook& workbook, int row, int column, const Re
   if (cell.type < 0) return workbook.FormulaText(row, column);
   std::string text = PlainText(workbook, row, column, regional);
   if (cell.type != TextCell || workbook.LookAt(row, column).number.form == NumberFormat::Form::Text) return text;
-  const bool staysText =
-      !IsFormula(text) && !text.starts_with('\'') && ReadTyped(text, regional).type == TextCell;
+  const bool staysText = !IsFormula(text) && !text.starts_with('\'') && ReadTyped(text, regional).type == TextCell;
   return staysText ? text : "'" + text;
 }
 
@@ -301,8 +300,9 @@ void PasteBlock(Workbook& workbook, const TextBlock& block, const CellRange& to,
         flush();
         std::optional<std::string> moved;
         if (rules.source) {
-          moved = FormulaCode(field.text)
-                      .AfterCopy(field.text, row - rules.source->RowOf(atRow), column - rules.source->ColumnOf(atColumn));
+          moved =
+              FormulaCode(field.text)
+                  .AfterCopy(field.text, row - rules.source->RowOf(atRow), column - rules.source->ColumnOf(atColumn));
         }
         workbook.Enter(row, column, moved ? *moved : field.text, regional);
         continue;

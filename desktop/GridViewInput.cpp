@@ -22,7 +22,7 @@ namespace {
 // What this program itself put on the clipboard: texts are quoted there, so that "007" comes back as a text.
 constexpr const char* OwnFormat = "application/x-tellurix-cells";
 
-constexpr qint64 SummaryCells = 100'000;  // at a time
+constexpr qint64 SummaryCells = 100'000;     // at a time
 constexpr qint64 LookedAtCells = 1'000'000;  // copied at once with their looks
 constexpr std::size_t MostLooks = 20'000;    // pasted at once
 
@@ -73,7 +73,7 @@ std::vector<std::pair<CellRange, CellLook>> LooksIn(const Workbook& workbook, co
 }
 
 LookChange AllOf(const CellLook& look) {
-  return {look.number, look.fontName,  look.fontSize,   look.bold,      look.italic,
+  return {look.number,    look.fontName,   look.fontSize,   look.bold,     look.italic,
           look.underline, look.textColour, look.fillColour, look.alignment};
 }
 

@@ -59,8 +59,9 @@ void LockOrUnlock(MainWindow& main, GridView& grid) {
   if (!grid.CommitEdit()) return;
   Workbook& book = grid.Book();
   book.LockSheet(!book.SheetLocked());
-  const char* now = book.SheetLocked() ? "The sheet {} is locked now: its cells, headings and formats cannot be changed."
-                                       : "The sheet {} is no longer locked.";
+  const char* now = book.SheetLocked()
+                        ? "The sheet {} is locked now: its cells, headings and formats cannot be changed."
+                        : "The sheet {} is no longer locked.";
   ShowMessage(main.DesktopSession(), fmt::format(fmt::runtime(now), SheetName(book)), InformationIcon);
 }
 
@@ -167,7 +168,8 @@ void AddWorksheetEntries(MainWindow& main, WindowActions& on) {
   });
   on["M_Goto"] = onGrid([&main](GridView& grid) {
     const std::string typed = main.DesktopSession().prompts.InputValue("Cell or range", "Goto Cell", "");
-    if (typed != CancelledInput && !grid.GoTo(QString::fromStdString(typed))) main.DesktopSession().data.ShowInvalidData();
+    if (typed != CancelledInput && !grid.GoTo(QString::fromStdString(typed)))
+      main.DesktopSession().data.ShowInvalidData();
   });
   on["M_Row_Hide"] = onGrid([](GridView& grid) { grid.HideRows(true); });
   on["M_Row_Unhide"] = onGrid([](GridView& grid) { grid.HideRows(false); });
@@ -228,8 +230,8 @@ void PrintSheetOn(MainWindow& main, WorksheetForm& form) {
   dialog.setOption(QAbstractPrintDialog::PrintPageRange);
   if (dialog.exec() != QDialog::Accepted) return;
   BusyPointer(main.DesktopSession());
-  const int pages = PrintSheet(form.Book(), *range, form.View().PrintSetup(), printer,
-                               {printer.fromPage(), printer.toPage()});
+  const int pages =
+      PrintSheet(form.Book(), *range, form.View().PrintSetup(), printer, {printer.fromPage(), printer.toPage()});
   NormalPointer(main.DesktopSession());
   if (pages < 0) main.Refuse("The sheet could not be printed.");
 }
@@ -291,8 +293,8 @@ void ShowSheetMenu(MainWindow& main, WorksheetForm& form, const QPoint& globalPo
     if (!entry) return;
     QAction* action = menu->addAction(caption);
     action->setObjectName(name);
-    QObject::connect(action, &QAction::triggered, &main, [&main, entry] { main.RunEntry(*entry); },
-                     Qt::QueuedConnection);
+    QObject::connect(
+        action, &QAction::triggered, &main, [&main, entry] { main.RunEntry(*entry); }, Qt::QueuedConnection);
   };
   add("M_Cut", "Cu&t");
   add("M_Copy", "&Copy");
@@ -316,8 +318,9 @@ void ShowSheetMenu(MainWindow& main, WorksheetForm& form, const QPoint& globalPo
   if (wholeColumns && !wholeRows) {
     QAction* rename = menu->addAction("R&ename Heading");
     rename->setObjectName("RenameHeading");
-    QObject::connect(rename, &QAction::triggered, grid, [grid] { grid->RenameColumn(grid->Book().ActiveColumn()); },
-                     Qt::QueuedConnection);
+    QObject::connect(
+        rename, &QAction::triggered, grid, [grid] { grid->RenameColumn(grid->Book().ActiveColumn()); },
+        Qt::QueuedConnection);
     add("M_Describe_Column", "Descri&be Column Data...");
   }
   add("M_Format_Cells", "&Format Cells...");

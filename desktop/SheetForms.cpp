@@ -99,26 +99,31 @@ struct CommonLook {
 };
 
 const std::vector<std::string>& NumberKinds() {
-  static const std::vector<std::string> kinds{"General", "Fixed decimals", "Thousands, fixed decimals",
-                                              "Scientific", "Percent",     "Date",
-                                              "Text"};
+  static const std::vector<std::string> kinds{
+      "General", "Fixed decimals", "Thousands, fixed decimals", "Scientific", "Percent", "Date", "Text"};
   return kinds;
 }
 
 int KindOf(const NumberFormat& format) {
   switch (format.form) {
-    case Kind::Fixed: return format.grouping ? 2 : 1;
-    case Kind::Scientific: return 3;
-    case Kind::Percent: return 4;
-    case Kind::Date: return 5;
-    case Kind::Text: return 6;
-    default: return 0;
+    case Kind::Fixed:
+      return format.grouping ? 2 : 1;
+    case Kind::Scientific:
+      return 3;
+    case Kind::Percent:
+      return 4;
+    case Kind::Date:
+      return 5;
+    case Kind::Text:
+      return 6;
+    default:
+      return 0;
   }
 }
 
 NumberFormat FormatOf(int kind, int decimals) {
-  constexpr std::array forms{Kind::General, Kind::Fixed,   Kind::Fixed, Kind::Scientific,
-                             Kind::Percent, Kind::Date, Kind::Text};
+  constexpr std::array forms{Kind::General, Kind::Fixed, Kind::Fixed, Kind::Scientific,
+                             Kind::Percent, Kind::Date,  Kind::Text};
   return {forms[static_cast<std::size_t>(kind)], decimals, kind == 2};
 }
 
@@ -212,10 +217,10 @@ std::string ReadNumberFormat(const Form& form, const CommonLook& common, std::op
 
 std::string ColourText(int colour) {
   constexpr std::pair<int, const char*> names[] = {
-      {0x000000, "Black"}, {0xFFFFFF, "White"},   {0xFF0000, "Red"},    {0x00FF00, "Lime"},
-      {0x0000FF, "Blue"},  {0xFFFF00, "Yellow"},  {0xFF00FF, "Magenta"}, {0x00FFFF, "Cyan"},
-      {0x800000, "Maroon"}, {0x008000, "Green"},  {0x000080, "Navy"},   {0x808000, "Olive"},
-      {0x800080, "Purple"}, {0x008080, "Teal"},   {0xC0C0C0, "Silver"}, {0x808080, "Grey"}};
+      {0x000000, "Black"},  {0xFFFFFF, "White"},  {0xFF0000, "Red"},     {0x00FF00, "Lime"},
+      {0x0000FF, "Blue"},   {0xFFFF00, "Yellow"}, {0xFF00FF, "Magenta"}, {0x00FFFF, "Cyan"},
+      {0x800000, "Maroon"}, {0x008000, "Green"},  {0x000080, "Navy"},    {0x808000, "Olive"},
+      {0x800080, "Purple"}, {0x008080, "Teal"},   {0xC0C0C0, "Silver"},  {0x808080, "Grey"}};
   for (const auto& [value, name] : names) {
     if (value == colour) return name;
   }
@@ -293,11 +298,15 @@ void FormatCells(MainWindow& main, GridView& grid) {
   std::vector<std::string> families = FontFamilies();
   families.insert(families.begin(), defaultFont);
   AddEntry(form, "font", "&Font:", std::move(families),
-           !common.fontName ? Mixed : common.fontName->empty() ? defaultFont : *common.fontName);
+           !common.fontName           ? Mixed
+           : common.fontName->empty() ? defaultFont
+                                      : *common.fontName);
   std::vector<std::string> sizes = FontSizes();
   sizes.insert(sizes.begin(), defaultSize);
   AddEntry(form, "size", "Si&ze (points):", std::move(sizes),
-           !common.fontSize ? Mixed : *common.fontSize == 0 ? defaultSize : NumberText(*common.fontSize, regional));
+           !common.fontSize        ? Mixed
+           : *common.fontSize == 0 ? defaultSize
+                                   : NumberText(*common.fontSize, regional));
   AddChoice(form, "style", "S&tyle:", {"Regular", "Bold", "Italic", "Bold italic"}, common.style);
   AddChoice(form, "underline", "&Underline:", {"None", "Single"},
             common.underline ? std::optional<int>(*common.underline ? 1 : 0) : std::nullopt);
@@ -359,8 +368,11 @@ void DescribeColumn(MainWindow& main, GridView& grid) {
         ++numbers;
         if (!sample) sample = cell.number;
         break;
-      case TextCell: ++(cell.text == "*" ? missing : texts); break;
-      default: break;
+      case TextCell:
+        ++(cell.text == "*" ? missing : texts);
+        break;
+      default:
+        break;
     }
   }
   const CommonLook common = CommonOf(book, {cells});

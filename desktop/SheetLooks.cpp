@@ -17,10 +17,14 @@ double PixelsPerInch() {
 
 Qt::Alignment SideOf(CellLook::Alignment alignment) {
   switch (alignment) {
-    case CellLook::Alignment::Left: return Qt::AlignLeft;
-    case CellLook::Alignment::Centre: return Qt::AlignHCenter;
-    case CellLook::Alignment::Right: return Qt::AlignRight;
-    default: return {};
+    case CellLook::Alignment::Left:
+      return Qt::AlignLeft;
+    case CellLook::Alignment::Centre:
+      return Qt::AlignHCenter;
+    case CellLook::Alignment::Right:
+      return Qt::AlignRight;
+    default:
+      return {};
   }
 }
 

@@ -137,12 +137,13 @@ class SheetPainter {
     }
     for (std::size_t i = 0; i < columns.parts.size(); ++i) {
       const auto [column, start] = columns.parts[i];
-      DrawCell(painter, row, column, QRectF(start, top, End(columns, i) - start, height), looks[i], columns, i);
+      DrawCell(painter, row, column, QRectF(start, top, End(columns, i) - start, height), looks, columns, i);
     }
   }
 
-  void DrawCell(QPainter& painter, int row, int column, const QRectF& cell, const CellAppearance& look,
+  void DrawCell(QPainter& painter, int row, int column, const QRectF& cell, const std::vector<CellAppearance>& looks,
                 const Strip& columns, std::size_t at) const {
+    const CellAppearance& look = looks[at];
     const CellView view = workbook_.ReadRC(row, column);
     const int type = std::abs(view.type);
     if (type == EmptyCell || (type == NumberCell && view.number == 0 && !showsZeros_)) return;
@@ -164,6 +165,9 @@ class SheetPainter {
       const double needed = metrics.horizontalAdvance(text) + 2 * Padding;
       for (std::size_t i = at + 1; side == Qt::AlignLeft && room.width() < needed && i < columns.parts.size(); ++i) {
         if (workbook_.ReadRC(row, columns.parts[i].first).type != EmptyCell) break;
+        // No lines through the text.
+        painter.fillRect(QRectF(room.right() - LightestLine, cell.top() + 1, 2 * LightestLine, cell.height() - 2),
+                         looks[i].fill.isValid() ? looks[i].fill : QColor(Qt::white));
         room.setRight(End(columns, i));
       }
       if (side == Qt::AlignLeft) inside.setWidth(std::max(inside.width(), needed));

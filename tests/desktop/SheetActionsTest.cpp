@@ -339,19 +339,23 @@ TEST_F(SheetActions, MenuOverTheGrid) {
     auto* clear = menu->findChild<QAction*>("M_Clear");
     QTest::mouseClick(menu, Qt::LeftButton, {}, menu->actionGeometry(clear).center());
   });
-  driver.Step("cleared", [this] { return Free()() && book->TypeRC(2, 2) == EmptyCell; }, [this] {
-    QTest::mouseClick(Port(), Qt::RightButton, {}, grid->ColumnHeadingRect(3).center());
-    auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
-    ASSERT_NE(menu, nullptr);
-    EXPECT_EQ(menu->findChild<QAction*>("M_Row_Hide"), nullptr);
-    auto* rename = menu->findChild<QAction*>("RenameHeading");
-    QTest::mouseClick(menu, Qt::LeftButton, {}, menu->actionGeometry(rename).center());
-  });
-  driver.Step("renamed", [this] { return grid->HeadingEditor()->isVisible(); }, [this] {
-    QTest::keyClicks(grid->HeadingEditor(), "Age");
-    QTest::keyClick(grid->HeadingEditor(), Qt::Key_Return);
-    EXPECT_EQ(book->ColText(3), "Age");
-  });
+  driver.Step(
+      "cleared", [this] { return Free()() && book->TypeRC(2, 2) == EmptyCell; },
+      [this] {
+        QTest::mouseClick(Port(), Qt::RightButton, {}, grid->ColumnHeadingRect(3).center());
+        auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+        ASSERT_NE(menu, nullptr);
+        EXPECT_EQ(menu->findChild<QAction*>("M_Row_Hide"), nullptr);
+        auto* rename = menu->findChild<QAction*>("RenameHeading");
+        QTest::mouseClick(menu, Qt::LeftButton, {}, menu->actionGeometry(rename).center());
+      });
+  driver.Step(
+      "renamed", [this] { return grid->HeadingEditor()->isVisible(); },
+      [this] {
+        QTest::keyClicks(grid->HeadingEditor(), "Age");
+        QTest::keyClick(grid->HeadingEditor(), Qt::Key_Return);
+        EXPECT_EQ(book->ColText(3), "Age");
+      });
   driver.Drive();
 }
 
@@ -398,14 +402,15 @@ TEST_F(SheetActions, PrintAreaPageSetupAndPreview) {
     PressOk();
   });
   Menu({"File", "Print Preview"});
-  driver.Step("preview", [] { return qobject_cast<QPrintPreviewDialog*>(QApplication::activeModalWidget()); },
-              [&setup] {
-                EXPECT_TRUE(setup.page.landscape);
-                EXPECT_EQ(setup.page.left, 3);
-                QTest::qWait(100);
-                Driver::Picture(QApplication::activeModalWidget(), "sheet-preview");
-                QApplication::activeModalWidget()->close();
-              });
+  driver.Step(
+      "preview", [] { return qobject_cast<QPrintPreviewDialog*>(QApplication::activeModalWidget()); },
+      [&setup] {
+        EXPECT_TRUE(setup.page.landscape);
+        EXPECT_EQ(setup.page.left, 3);
+        QTest::qWait(100);
+        Driver::Picture(QApplication::activeModalWidget(), "sheet-preview");
+        QApplication::activeModalWidget()->close();
+      });
   driver.Drive();
 }
 

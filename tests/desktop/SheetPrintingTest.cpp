@@ -35,16 +35,23 @@ class PicturePages : public QPagedPaintDevice {
  protected:
   int metric(PaintDeviceMetric what) const override {
     switch (what) {
-      case PdmWidth: return page_.width();
-      case PdmHeight: return page_.height();
+      case PdmWidth:
+        return page_.width();
+      case PdmHeight:
+        return page_.height();
       case PdmDpiX:
       case PdmDpiY:
       case PdmPhysicalDpiX:
-      case PdmPhysicalDpiY: return Dpi;
-      case PdmDepth: return 32;
-      case PdmDevicePixelRatio: return 1;
-      case PdmDevicePixelRatioScaled: return static_cast<int>(devicePixelRatioFScale());
-      default: return 0;
+      case PdmPhysicalDpiY:
+        return Dpi;
+      case PdmDepth:
+        return 32;
+      case PdmDevicePixelRatio:
+        return 1;
+      case PdmDevicePixelRatioScaled:
+        return static_cast<int>(devicePixelRatioFScale());
+      default:
+        return 0;
     }
   }
 
