@@ -6,6 +6,7 @@
 
 #include "desktop/Icons.h"
 #include "desktop/MainWindow.h"
+#include "desktop/ReportDefaults.h"
 #include "desktop/ReportView.h"
 #include "desktop/SelectionBar.h"
 #include "desktop/SheetActions.h"
@@ -105,6 +106,7 @@ ReportForm::ReportForm(MainWindow& main, Report& report) : DocumentWindow(main),
   setWidget(view_);
   resize(760, 520);
   view_->SetReport(report);
+  view_->SetPage(PageOf(main.DesktopSession().settings));
   connect(view_, &ReportView::HelpRequested, this, [this](int topic) { main_.ShowHelp(topic); });
   connect(view_, &ReportView::Edited, this, [this] { UpdateTitle(); });
   connect(view_->document(), &QTextDocument::contentsChanged, this, [this] { UpdateTitle(); });

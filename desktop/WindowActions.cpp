@@ -11,10 +11,12 @@
 #include "desktop/DocumentWindows.h"
 #include "desktop/GridView.h"
 #include "desktop/MainWindow.h"
+#include "desktop/ReportDefaults.h"
 #include "desktop/ReportFindBar.h"
 #include "desktop/ReportView.h"
 #include "desktop/SheetActions.h"
 #include "desktop/WorksheetView.h"
+#include "numeric/Text.h"
 #include "session/Skeleton.h"
 #include "shell/DocumentFiles.h"
 #include "shell/Tools.h"
@@ -114,6 +116,18 @@ void AddPrintEntries(MainWindow& main, WindowActions& on) {
   on["M_Printer_Setup"] = {[&main] { ChoosePrinter(main); }};
 }
 
+// Plain text from a file, at the caret.
+void ImportText(MainWindow& main, ReportView& view) {
+  const auto file = main.DesktopSession().host.ChooseFile(
+      {.title = "Import Text", .filter = "ASCII Text (*.txt)|*.txt|All files (*.*)|*.*"});
+  if (!file) return;
+  std::string bytes, problem;
+  if (!ReadWholeFile(*file, bytes, problem)) return main.Refuse(QString::fromStdString(problem));
+  std::erase(bytes, '\0');
+  QString text = QString::fromStdString(ToUtf8(bytes));
+  view.textCursor().insertText(text.replace("\r\n", "\n").replace('\r', '\n'));
+}
+
 void AddReportEntries(MainWindow& main, WindowActions& on) {
   const auto onReport = [&main](auto action) {
     return WindowAction{[&main, action] {
@@ -121,6 +135,11 @@ void AddReportEntries(MainWindow& main, WindowActions& on) {
                         },
                         InReport};
   };
+  on["M_Report_Import_Text"] = onReport([&main](ReportView& view) { ImportText(main, view); });
+  on["M_Report_Defaults"] = onReport([&main](ReportView& view) {
+    Session& session = main.DesktopSession();
+    if (ReportDefaults(session)) view.SetPage(PageOf(session.settings, view.Page()));
+  });
   on["M_Report_Select_All"] = onReport([](ReportView& view) { view.selectAll(); });
   on["M_Report_Insert_Date"] = onReport([](ReportView& view) {
     view.textCursor().insertText(QLocale().toString(QDateTime::currentDateTime(), QLocale::ShortFormat));
