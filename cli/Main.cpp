@@ -123,7 +123,8 @@ int main(int argc, char** argv) {
   RunOptions run;
   CLI::App* runCommand = app.add_subcommand("run", "play scripts");
   runCommand->add_option("FILE", run.files, "scripts, played one after the other")->required();
-  runCommand->add_option("--report", run.reports, "write the report as .rtf, .html or .txt; - for text on standard output")
+  runCommand
+      ->add_option("--report", run.reports, "write the report as .rtf, .html or .txt; - for text on standard output")
       ->allow_extra_args(false);
   runCommand->add_option("--results", run.results, "write every figure, unrounded, as JSON");
   runCommand->add_option("--record", run.record, "write what was done as a script");

@@ -24,8 +24,10 @@ QString Q(std::string_view text) { return QString::fromUtf8(text.data(), static_
 
 QMessageBox::StandardButtons ButtonsOf(const Message& message) {
   QMessageBox::StandardButtons buttons;
-  for (const auto& [reply, button] : {std::pair{Reply::Ok, QMessageBox::Ok}, {Reply::Yes, QMessageBox::Yes},
-                                      {Reply::No, QMessageBox::No}, {Reply::Cancel, QMessageBox::Cancel}}) {
+  for (const auto& [reply, button] : {std::pair{Reply::Ok, QMessageBox::Ok},
+                                      {Reply::Yes, QMessageBox::Yes},
+                                      {Reply::No, QMessageBox::No},
+                                      {Reply::Cancel, QMessageBox::Cancel}}) {
     if (message.Offers(reply)) buttons |= button;
   }
   return buttons;
@@ -33,11 +35,16 @@ QMessageBox::StandardButtons ButtonsOf(const Message& message) {
 
 QMessageBox::Icon IconOf(const Message& message) {
   switch (message.style & (ErrorIcon | QuestionIcon | InformationIcon)) {
-    case ErrorIcon: return QMessageBox::Critical;
-    case QuestionIcon: return QMessageBox::Question;
-    case WarningIcon: return QMessageBox::Warning;
-    case InformationIcon: return QMessageBox::Information;
-    default: return QMessageBox::NoIcon;
+    case ErrorIcon:
+      return QMessageBox::Critical;
+    case QuestionIcon:
+      return QMessageBox::Question;
+    case WarningIcon:
+      return QMessageBox::Warning;
+    case InformationIcon:
+      return QMessageBox::Information;
+    default:
+      return QMessageBox::NoIcon;
   }
 }
 
@@ -90,11 +97,15 @@ Reply DesktopHost::ShowMessage(const Message& message) {
     QObject::connect(help, &QPushButton::clicked, &box, [this, &message] { showHelp_(message.helpContext); });
   }
   switch (box.exec()) {
-    case QMessageBox::Ok: return Reply::Ok;
-    case QMessageBox::Yes: return Reply::Yes;
-    case QMessageBox::No: return Reply::No;
+    case QMessageBox::Ok:
+      return Reply::Ok;
+    case QMessageBox::Yes:
+      return Reply::Yes;
+    case QMessageBox::No:
+      return Reply::No;
     // Closed by the window's own means.
-    default: return message.Offers(Reply::Cancel) ? Reply::Cancel : message.Offers(Reply::No) ? Reply::No : Reply::Ok;
+    default:
+      return message.Offers(Reply::Cancel) ? Reply::Cancel : message.Offers(Reply::No) ? Reply::No : Reply::Ok;
   }
 }
 

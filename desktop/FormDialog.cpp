@@ -136,7 +136,8 @@ QWidget* FormDialog::MakeWidget(const Control& control) {
     if (!refreshing_) form_.Set(id, value);
   };
   switch (control.kind) {
-    case ControlKind::Text: return MakeEntry(control);
+    case ControlKind::Text:
+      return MakeEntry(control);
     case ControlKind::Combo: {
       if (IsPlainEntry(control)) return MakeEntry(control);
       auto* combo = new QComboBox(this);
@@ -170,9 +171,12 @@ QWidget* FormDialog::MakeWidget(const Control& control) {
       connect(list, &QListWidget::itemActivated, this, [this, id] { form_.Activate(id); });
       return list;
     }
-    case ControlKind::Grid: return MakeGrid(control);
-    case ControlKind::Slider: return MakeSlider(control);
-    case ControlKind::Colour: return MakeColour(control);
+    case ControlKind::Grid:
+      return MakeGrid(control);
+    case ControlKind::Slider:
+      return MakeSlider(control);
+    case ControlKind::Colour:
+      return MakeColour(control);
     case ControlKind::RichText: {
       auto* output = new QTextBrowser(this);
       output->setMinimumSize(420, 200);
@@ -273,7 +277,9 @@ void FormDialog::RefreshControl(const Shown& shown, const Control& control) {
   const bool before = refreshing_;
   refreshing_ = true;
   switch (shown.kind) {
-    case ControlKind::Label: static_cast<QLabel*>(shown.widget)->setText(Q(PlainCaption(control.caption))); break;
+    case ControlKind::Label:
+      static_cast<QLabel*>(shown.widget)->setText(Q(PlainCaption(control.caption)));
+      break;
     case ControlKind::Text: {
       auto* edit = static_cast<QLineEdit*>(shown.widget);
       if (edit->text() != Q(control.value)) edit->setText(Q(control.value));
@@ -309,12 +315,17 @@ void FormDialog::RefreshControl(const Shown& shown, const Control& control) {
       list->setCurrentRow(control.index);
       break;
     }
-    case ControlKind::Check: static_cast<QCheckBox*>(shown.widget)->setChecked(control.checked); break;
-    case ControlKind::Radio: static_cast<QRadioButton*>(shown.widget)->setChecked(control.checked); break;
-    case ControlKind::Slider: static_cast<QSlider*>(shown.widget)->setValue(Q(control.value).toInt()); break;
+    case ControlKind::Check:
+      static_cast<QCheckBox*>(shown.widget)->setChecked(control.checked);
+      break;
+    case ControlKind::Radio:
+      static_cast<QRadioButton*>(shown.widget)->setChecked(control.checked);
+      break;
+    case ControlKind::Slider:
+      static_cast<QSlider*>(shown.widget)->setValue(Q(control.value).toInt());
+      break;
     case ControlKind::Colour:
-      shown.widget->setStyleSheet(
-          QString("background-color: %1").arg(QColor(QRgb(Q(control.value).toUInt())).name()));
+      shown.widget->setStyleSheet(QString("background-color: %1").arg(QColor(QRgb(Q(control.value).toUInt())).name()));
       break;
     case ControlKind::RichText: {
       auto* output = static_cast<QTextBrowser*>(shown.widget);
@@ -346,8 +357,11 @@ void FormDialog::RefreshControl(const Shown& shown, const Control& control) {
       }
       break;
     }
-    case ControlKind::Button: static_cast<QPushButton*>(shown.widget)->setText(Q(control.caption)); break;
-    case ControlKind::Picture: break;
+    case ControlKind::Button:
+      static_cast<QPushButton*>(shown.widget)->setText(Q(control.caption));
+      break;
+    case ControlKind::Picture:
+      break;
   }
   for (QWidget* widget : {shown.widget, shown.label}) {
     if (!widget) continue;

@@ -130,7 +130,8 @@ void HelpWindow::Search(const QString& words) {
   const auto wanted = Split(FoldCase(words.toStdString()), ' ');
   for (std::size_t i = 0; i < topics_.size(); ++i) {
     const std::string text = FoldCase(topics_[i].title + "\n" + topics_[i].body);
-    const bool holds = std::ranges::all_of(wanted, [&](const auto& word) { return text.find(word) != std::string::npos; });
+    const bool holds =
+        std::ranges::all_of(wanted, [&](const auto& word) { return text.find(word) != std::string::npos; });
     if (!holds) continue;
     auto* item = new QListWidgetItem(QString::fromStdString(topics_[i].title), list_);
     item->setData(Qt::UserRole, static_cast<qulonglong>(i));
@@ -152,9 +153,8 @@ void HelpWindow::ShowTopic(int number) {
 
 void HelpWindow::ShowContents() {
   search_->clear();
-  const auto contents = std::ranges::find(topics_, std::string("contents.md"), [](const HelpTopic& topic) {
-    return topic.file.filename().string();
-  });
+  const auto contents = std::ranges::find(topics_, std::string("contents.md"),
+                                          [](const HelpTopic& topic) { return topic.file.filename().string(); });
   if (contents != topics_.end()) ShowPage(static_cast<std::size_t>(contents - topics_.begin()));
   show();
   raise();

@@ -62,7 +62,8 @@ MainWindow::MainWindow(Paths paths, const fs::path& settingsFile)
       area_(new QMdiArea(this)),
       host_(std::make_unique<DesktopHost>(
           *this, *bar_, [this](bool on) { SetCommandsEnabled(on); },
-          [this](std::string_view text) { statusBar()->showMessage(Q(text)); }, [this](int topic) { ShowHelp(topic); })),
+          [this](std::string_view text) { statusBar()->showMessage(Q(text)); },
+          [this](int topic) { ShowHelp(topic); })),
       recorder_(std::make_unique<Recorder>(*host_, documents_)),
       session_(*recorder_, documents_, settings_, std::move(paths)) {
   setObjectName("MD1");
@@ -192,7 +193,8 @@ void MainWindow::AddEntry(const MenuEntry& entry, unsigned window) {
   QAction* action = static_cast<QMenu*>(at)->addAction(Q(captions.back()));
   action->setObjectName(Q(entry.name));
   const auto own = windowActions_.find(entry.name);
-  const bool works = (entry.active & window) && (entry.command || (own != windowActions_.end() && (own->second.windows & window)));
+  const bool works =
+      (entry.active & window) && (entry.command || (own != windowActions_.end() && (own->second.windows & window)));
   action->setEnabled(works);
   action->setStatusTip(works ? Q(ReplaceAll(entry.path, "/", ", ")) : QString("This command is not available yet"));
   if (works) {
@@ -248,9 +250,7 @@ void MainWindow::Refuse(const QString& reason) { ShowMessage(session_, reason.to
 // Child windows
 // ---------------------------------------------------------------------------------------------------------------------
 
-DocumentWindow* MainWindow::ActiveDocument() const {
-  return qobject_cast<DocumentWindow*>(area_->currentSubWindow());
-}
+DocumentWindow* MainWindow::ActiveDocument() const { return qobject_cast<DocumentWindow*>(area_->currentSubWindow()); }
 
 WorksheetForm* MainWindow::ActiveWorksheet() const { return qobject_cast<WorksheetForm*>(area_->currentSubWindow()); }
 
@@ -319,11 +319,12 @@ SaveFunctions MainWindow::Savers() {
 bool MainWindow::SaveWorkbookAs(Workbook& workbook, bool askName) {
   fs::path file = workbook.document.path;
   if (askName || file.empty()) {
-    const auto chosen = host_->ChooseFile({.title = "Save Workbook As",
-                                           .filter = "Comma delimited (*.csv)|*.csv|Tabbed Text (*.tab)|*.tab",
-                                           .defaultExtension = "csv",
-                                           .suggestedName = file.empty() ? DocumentName(workbook.document) : file.string(),
-                                           .save = true});
+    const auto chosen =
+        host_->ChooseFile({.title = "Save Workbook As",
+                           .filter = "Comma delimited (*.csv)|*.csv|Tabbed Text (*.tab)|*.tab",
+                           .defaultExtension = "csv",
+                           .suggestedName = file.empty() ? DocumentName(workbook.document) : file.string(),
+                           .save = true});
     if (!chosen) return false;
     file = *chosen;
   }
@@ -341,11 +342,12 @@ bool MainWindow::SaveWorkbookAs(Workbook& workbook, bool askName) {
 bool MainWindow::SaveReportAs(Report& report, bool askName) {
   fs::path file = report.document.path;
   if (askName || file.empty()) {
-    const auto chosen = host_->ChooseFile({.title = "Save Report As",
-                                           .filter = "RTF File (*.rtf)|*.rtf",
-                                           .defaultExtension = "rtf",
-                                           .suggestedName = file.empty() ? DocumentName(report.document) : file.string(),
-                                           .save = true});
+    const auto chosen =
+        host_->ChooseFile({.title = "Save Report As",
+                           .filter = "RTF File (*.rtf)|*.rtf",
+                           .defaultExtension = "rtf",
+                           .suggestedName = file.empty() ? DocumentName(report.document) : file.string(),
+                           .save = true});
     if (!chosen) return false;
     file = *chosen;
   }
@@ -371,9 +373,17 @@ void MainWindow::MakeToolbar() {
   const struct {
     const char* key;
     const char* icon;
-  } buttons[] = {{"New", "document-new"},  {"Open", "document-open"}, {"Save", "document-save"}, {"Print", "document-print"},
-                 {"", ""},                 {"Cut", "edit-cut"},       {"Copy", "edit-copy"},     {"Paste", "edit-paste"},
-                 {"Undo", "edit-undo"},    {"", ""},                  {"Calculator", "accessories-calculator"},
+  } buttons[] = {{"New", "document-new"},
+                 {"Open", "document-open"},
+                 {"Save", "document-save"},
+                 {"Print", "document-print"},
+                 {"", ""},
+                 {"Cut", "edit-cut"},
+                 {"Copy", "edit-copy"},
+                 {"Paste", "edit-paste"},
+                 {"Undo", "edit-undo"},
+                 {"", ""},
+                 {"Calculator", "accessories-calculator"},
                  {"Help", "help-contents"}};
   for (const auto& button : buttons) {
     const QString key = button.key;
@@ -476,9 +486,8 @@ void MainWindow::SetCommandsEnabled(bool enabled) {
 
 bool MainWindow::StopRunningCommand(QWidget& closing) {
   if (!session_.CommandRunning) return false;
-  if (session_.CalculationRunning &&
-      ShowMessage(session_, "A calculation is running, are you sure you want to quit?", YesNo | QuestionIcon,
-                  "Tellurix Close-Down") != Reply::Yes) {
+  if (session_.CalculationRunning && ShowMessage(session_, "A calculation is running, are you sure you want to quit?",
+                                                 YesNo | QuestionIcon, "Tellurix Close-Down") != Reply::Yes) {
     return true;
   }
   closing_ = &closing;

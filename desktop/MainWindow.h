@@ -104,7 +104,7 @@ class MainWindow : public QMainWindow {
   std::unique_ptr<HelpWindow> help_;
 
   WindowActions windowActions_;
-  std::map<QString, QAction*> toolActions_;      // by the button's key
+  std::map<QString, QAction*> toolActions_;  // by the button's key
   unsigned shownKind_ = 0;
   bool commandsEnabled_ = true;
   QStringList linkCommands_;    // come in while a command ran

@@ -52,7 +52,9 @@ bool ReportDefaults(Session& session) {
   }
   form.AddButton("OK", "&OK", ButtonRole::Default);
   form.AddButton("Cancel", "&Cancel", ButtonRole::Cancel);
-  const auto typed = [&](const Margin& margin) { return ReadNumber(form.ValueOf(margin.key), session.options.regional); };
+  const auto typed = [&](const Margin& margin) {
+    return ReadNumber(form.ValueOf(margin.key), session.options.regional);
+  };
   // Another unit shows the same lengths.
   form.onChange = [&](const Control& control) {
     if (control.kind != ControlKind::Radio || (control.id == "inches") == inches) return;

@@ -34,14 +34,14 @@ class SelectionBar : public QFrame {
  private:
   void Answer(SelectionReply::Answer answer);
 
-  QLabel* prompt_;        // Lab_M
+  QLabel* prompt_;  // Lab_M
   QLabel* hint_;
-  QLabel* nonAdjoined_;   // Label1
+  QLabel* nonAdjoined_;         // Label1
   QRadioButton* byColumn_;      // Option1
   QRadioButton* byIdentifier_;  // Option2
   QCheckBox* batch_;
-  QPushButton* ok_;      // Multi 0
-  QPushButton* cancel_;  // Multi 1
+  QPushButton* ok_;          // Multi 0
+  QPushButton* cancel_;      // Multi 1
   bool useGroupId_ = false;  // the radio in force
   bool waiting_ = false;
   bool answered_ = false;

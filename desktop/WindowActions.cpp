@@ -90,11 +90,12 @@ void AddEditEntries(MainWindow& main, WindowActions& on) {
   on["M_Cut"] = either([](GridView& grid) { grid.Cut(); }, [](ReportView& view) { view.cut(); });
   on["M_Copy"] = either([](GridView& grid) { grid.Copy(); }, [](ReportView& view) { view.copy(); });
   on["M_Paste"] = either([](GridView& grid) { grid.Paste(); }, [](ReportView& view) { view.paste(); });
-  on["M_Clear"] = either([](GridView& grid) { grid.Clear(); },
-                         [](ReportView& view) { view.textCursor().removeSelectedText(); });
+  on["M_Clear"] =
+      either([](GridView& grid) { grid.Clear(); }, [](ReportView& view) { view.textCursor().removeSelectedText(); });
   on["M_Undo"] = either([](GridView& grid) { grid.Undo(); }, [](ReportView& view) { view.undo(); });
   on["M_Redo"] = either([](GridView& grid) { grid.Redo(); }, [](ReportView& view) { view.redo(); });
-  on["M_Find"] = either([&main](GridView& grid) { FindOnSheet(main, grid, false); }, [](ReportView& view) { view.Find(); });
+  on["M_Find"] =
+      either([&main](GridView& grid) { FindOnSheet(main, grid, false); }, [](ReportView& view) { view.Find(); });
   on["M_Replace"] = either([&main](GridView& grid) { FindOnSheet(main, grid, true); },
                            [](ReportView& view) { view.FindAndReplace(); });
 }

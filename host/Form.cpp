@@ -9,7 +9,8 @@ namespace tellurix {
 namespace {
 
 bool MeansOn(std::string_view value) {
-  return value == "-1" || value == "1" || EqualNoCase(value, "on") || EqualNoCase(value, "yes") || EqualNoCase(value, "true");
+  return value == "-1" || value == "1" || EqualNoCase(value, "on") || EqualNoCase(value, "yes") ||
+         EqualNoCase(value, "true");
 }
 
 // For comparing: no trailing colon, no blanks around.
@@ -45,7 +46,8 @@ Control& Form::AddLabel(std::string id, std::string text) {
 }
 
 Control& Form::AddText(std::string id, std::string caption, std::string value) {
-  return Add({.kind = ControlKind::Text, .id = std::move(id), .caption = std::move(caption), .value = std::move(value)});
+  return Add(
+      {.kind = ControlKind::Text, .id = std::move(id), .caption = std::move(caption), .value = std::move(value)});
 }
 
 Control& Form::AddCombo(std::string id, std::string caption, std::vector<std::string> items, int index) {
@@ -105,7 +107,9 @@ bool Form::Set(std::string_view id, std::string_view value) {
     case ControlKind::Text:
     case ControlKind::Slider:
     case ControlKind::Colour:
-    case ControlKind::RichText: control->value = value; break;
+    case ControlKind::RichText:
+      control->value = value;
+      break;
     case ControlKind::Combo:
     case ControlKind::List: {
       const auto row = std::ranges::find_if(control->items, [&](const auto& item) { return EqualNoCase(item, value); });
@@ -114,7 +118,9 @@ bool Form::Set(std::string_view id, std::string_view value) {
       control->value = row == control->items.end() ? std::string(value) : *row;
       break;
     }
-    case ControlKind::Check: control->checked = MeansOn(value); break;
+    case ControlKind::Check:
+      control->checked = MeansOn(value);
+      break;
     case ControlKind::Radio:
       if (control->checked && !MeansOn(value)) return false;  // only another one of its group takes its mark away
       control->checked = MeansOn(value);
@@ -127,7 +133,8 @@ bool Form::Set(std::string_view id, std::string_view value) {
         }
       }
       break;
-    default: return false;
+    default:
+      return false;
   }
   Tell(FormAction::Kind::Set, id, value);
   Show(id);

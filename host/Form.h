@@ -17,14 +17,14 @@ enum class ButtonRole { None, Default, Cancel };
 
 struct Control {
   ControlKind kind = ControlKind::Label;
-  std::string id;       // stable, unique in the form
-  std::string caption;  // with "&" before the access key; a label's text
-  std::string group;    // radios of one group exclude one another; otherwise the frame the control stands in
-  std::string value;    // text, combo, slider, colour, rich text (RTF)
-  bool checked = false;                         // check and radio
-  int index = -1;                               // chosen row of a combo or list, 0-based
-  bool editable = false;                        // combo: other text than the items may be typed
-  std::vector<std::string> items;               // combo and list
+  std::string id;                  // stable, unique in the form
+  std::string caption;             // with "&" before the access key; a label's text
+  std::string group;               // radios of one group exclude one another; otherwise the frame the control stands in
+  std::string value;               // text, combo, slider, colour, rich text (RTF)
+  bool checked = false;            // check and radio
+  int index = -1;                  // chosen row of a combo or list, 0-based
+  bool editable = false;           // combo: other text than the items may be typed
+  std::vector<std::string> items;  // combo and list
   std::vector<std::vector<std::string>> cells;  // grid, by row
   ButtonRole role = ButtonRole::None;
   bool repeats = false;  // a button that may repeat while held

@@ -4,10 +4,14 @@ namespace tellurix {
 
 bool Message::Offers(Reply reply) const {
   switch (Buttons()) {
-    case OkCancel: return reply == Reply::Ok || reply == Reply::Cancel;
-    case YesNoCancel: return reply != Reply::Ok;
-    case YesNo: return reply == Reply::Yes || reply == Reply::No;
-    default: return reply == Reply::Ok;
+    case OkCancel:
+      return reply == Reply::Ok || reply == Reply::Cancel;
+    case YesNoCancel:
+      return reply != Reply::Ok;
+    case YesNo:
+      return reply == Reply::Yes || reply == Reply::No;
+    default:
+      return reply == Reply::Ok;
   }
 }
 

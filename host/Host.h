@@ -79,8 +79,8 @@ class Host {
   virtual ~Host() = default;
 
   virtual Reply ShowMessage(const Message& message) = 0;
-  virtual bool RunForm(Form& form) = 0;                    // modal; false when cancelled
-  virtual void ShowForm(std::shared_ptr<Form> form) = 0;   // modeless: the calculators
+  virtual bool RunForm(Form& form) = 0;                   // modal; false when cancelled
+  virtual void ShowForm(std::shared_ptr<Form> form) = 0;  // modeless: the calculators
   virtual SelectionReply WaitForSelection(const SelectionRequest& request) = 0;
   virtual std::optional<std::string> ChooseFile(const FileRequest& request) = 0;
   virtual bool ShowProgress(const Progress& progress) = 0;  // pumps events; false once Cancel was pressed

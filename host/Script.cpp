@@ -50,7 +50,8 @@ bool ReadWords(std::string_view line, std::vector<ScriptWord>& words) {
 }
 
 bool NeedsQuotes(std::string_view word) {
-  return word.empty() || word == "/" || word.front() == '#' || word.find_first_of(" \t\r\n\"\\") != std::string_view::npos;
+  return word.empty() || word == "/" || word.front() == '#' ||
+         word.find_first_of(" \t\r\n\"\\") != std::string_view::npos;
 }
 
 }  // namespace
@@ -90,11 +91,18 @@ std::string QuotedText(std::string_view word) {
   std::string text = "\"";
   for (const char c : word) {
     switch (c) {
-      case '\n': text += "\\n"; break;
-      case '\t': text += "\\t"; break;
+      case '\n':
+        text += "\\n";
+        break;
+      case '\t':
+        text += "\\t";
+        break;
       case '"':
-      case '\\': text += '\\', text += c; break;
-      default: text += c;
+      case '\\':
+        text += '\\', text += c;
+        break;
+      default:
+        text += c;
     }
   }
   return text + "\"";

@@ -11,7 +11,8 @@ class Settings {
   virtual ~Settings() = default;
 
   // The value, or the default where file, section or key is missing.
-  virtual std::string GetIniValue(std::string_view section, std::string_view key, std::string_view defaultValue) const = 0;
+  virtual std::string GetIniValue(std::string_view section, std::string_view key,
+                                  std::string_view defaultValue) const = 0;
 
   // Writes one value: text as it stands, numbers as decimal text, booleans as -1 and 0. Kept at once.
   virtual void SetIniValue(std::string_view section, std::string_view key, std::string_view value) = 0;

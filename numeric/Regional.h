@@ -9,7 +9,7 @@ namespace tellurix {
 
 struct Regional {
   std::string decimalSymbol = ".";
-  std::string groupingSymbol;         // empty: none
+  std::string groupingSymbol;           // empty: none
   std::string dateForm = "yyyy-mm-dd";  // the short date
 };
 

@@ -75,7 +75,9 @@ std::string GeneralText(double x) {
   if (magnitude != 0 && (magnitude < 1e-4 || magnitude >= PlainLimit)) {
     return TidyScientific(fmt::format("{:.{}e}", x, SignificantDigits - 1));
   }
-  std::string text = fmt::format("{:.{}f}", x, std::max(0, SignificantDigits - (magnitude == 0 ? 1 : static_cast<int>(std::floor(std::log10(magnitude))) + 1)));
+  std::string text = fmt::format(
+      "{:.{}f}", x,
+      std::max(0, SignificantDigits - (magnitude == 0 ? 1 : static_cast<int>(std::floor(std::log10(magnitude))) + 1)));
   StripTrailingZeros(text);
   return WithoutNegativeZero(text);
 }

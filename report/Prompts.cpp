@@ -59,8 +59,8 @@ std::string Prompts::InputValue(std::string_view prompt, std::string_view title,
   return host_.RunForm(form) ? form.ValueOf("Text") : std::string(CancelledInput);
 }
 
-void Prompts::FillCombo(int combo, std::string_view label, double from, double to, double step,
-                        std::string_view format, int index) {
+void Prompts::FillCombo(int combo, std::string_view label, double from, double to, double step, std::string_view format,
+                        int index) {
   std::vector<std::string> items;
   const int decimals = DecimalsOfPattern(format);
   const auto count = static_cast<int>(std::floor((to - from) / step + 1e-9)) + 1;
@@ -201,8 +201,9 @@ int Prompts::PickFromList(std::string_view kind) {
     title = "Select worksheet for output";
     for (const WorksheetRow& row : WorksheetRows()) {
       const std::string book = documents_.WorkbookName(row.workbook);
-      rows.push_back(row.sheet == 0 ? "New Sheet in " + book
-                                    : book + ": " + documents_.SheetNames(row.workbook)[static_cast<std::size_t>(row.sheet - 1)]);
+      rows.push_back(row.sheet == 0
+                         ? "New Sheet in " + book
+                         : book + ": " + documents_.SheetNames(row.workbook)[static_cast<std::size_t>(row.sheet - 1)]);
     }
     rows.emplace_back("New Book");
   } else {

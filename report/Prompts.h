@@ -45,8 +45,8 @@ class Prompts {
   // A combo without items, to be typed in.
   void FillEntry(int combo, std::string_view label, std::string_view text);
 
-  // `items`: controls separated by "|", numbered from 0 in one sequence; "^" starts a radio, the others are check boxes.
-  // False when cancelled. The values stay readable until the next ShowOptions.
+  // `items`: controls separated by "|", numbered from 0 in one sequence; "^" starts a radio, the others are check
+  // boxes. False when cancelled. The values stay readable until the next ShowOptions.
   bool ShowOptions(std::string_view items, std::string_view title);
   void PresetOption(int item, bool on);  // before ShowOptions
 

@@ -134,8 +134,8 @@ struct RichText {
 // linear in the size of the bytes.
 std::optional<RichText> ReadRtf(std::string_view bytes);
 
-// Plain text as it stands in rich text: backslash and braces escaped, other than ASCII as Unicode escapes, tabs and line
-// breaks as control words.
+// Plain text as it stands in rich text: backslash and braces escaped, other than ASCII as Unicode escapes, tabs and
+// line breaks as control words.
 std::string EscapeRtf(std::string_view text);
 
 // A complete rich-text document, ending in its closing brace. ReadRtf gives the same document back, provided that no

@@ -61,14 +61,25 @@ std::vector<SettingKey> MakeSettingKeys() {
     keys.push_back({"Graphics", fmt::format("Width{}", n), "1"});
     keys.push_back({"Graphics", fmt::format("Style{}", n), "0"});
   }
-  for (const auto& [key, value] : {std::pair{"Join", "0"}, {"DateX", "0"}, {"Mean", "-1"}, {"1SD", "-1"},
-                                   {"2SD", "-1"}, {"3SD", "-1"}, {"Manual1", "0"}, {"Manual2", "0"}}) {
+  for (const auto& [key, value] : {std::pair{"Join", "0"},
+                                   {"DateX", "0"},
+                                   {"Mean", "-1"},
+                                   {"1SD", "-1"},
+                                   {"2SD", "-1"},
+                                   {"3SD", "-1"},
+                                   {"Manual1", "0"},
+                                   {"Manual2", "0"}}) {
     keys.push_back({"Chart", key, value});
   }
   // Margins and indents in hundredths of a centimetre; Units 0 is centimetres.
-  for (const auto& [key, value] :
-       {std::pair{"Units", "0"}, {"PrintMarginLeft", "200"}, {"PrintMarginRight", "200"}, {"PrintMarginTop", "200"},
-        {"PrintMarginBottom", "200"}, {"PageIndentLeft", "0"}, {"PageIndentHanging", "0"}, {"PageIndentRight", "0"}}) {
+  for (const auto& [key, value] : {std::pair{"Units", "0"},
+                                   {"PrintMarginLeft", "200"},
+                                   {"PrintMarginRight", "200"},
+                                   {"PrintMarginTop", "200"},
+                                   {"PrintMarginBottom", "200"},
+                                   {"PageIndentLeft", "0"},
+                                   {"PageIndentHanging", "0"},
+                                   {"PageIndentRight", "0"}}) {
     keys.push_back({"Report", key, value});
   }
   for (int n = 1; n <= 4; ++n) {

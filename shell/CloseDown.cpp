@@ -18,9 +18,9 @@ bool AskAboutCalculation(Session& session) {
 }
 
 template <typename Document>
-bool AskToSave(Session& session, Document& document, const std::string& name, const std::function<bool(Document&)>& save) {
-  const Reply reply =
-      ShowMessage(session, "Save changes to " + name + "?", YesNoCancel | QuestionIcon, CloseTitle);
+bool AskToSave(Session& session, Document& document, const std::string& name,
+               const std::function<bool(Document&)>& save) {
+  const Reply reply = ShowMessage(session, "Save changes to " + name + "?", YesNoCancel | QuestionIcon, CloseTitle);
   return reply == Reply::No || (reply == Reply::Yes && save(document));
 }
 

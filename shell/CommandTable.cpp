@@ -12,10 +12,10 @@ namespace {
 
 // What an entry works on decides where it stands.
 enum Place {
-  Sheet,       // on a worksheet: in the main window alone it is a caption without a command
-  Screen,      // on figures typed in
-  Everywhere,  // on neither
-  Document,    // on the worksheet or the report in front
+  Sheet,         // on a worksheet: in the main window alone it is a caption without a command
+  Screen,        // on figures typed in
+  Everywhere,    // on neither
+  Document,      // on the worksheet or the report in front
   InReportOnly,  // on a report's text
 };
 
@@ -324,8 +324,9 @@ constexpr Row Rows[] = {
 // in, neither Data nor Graphics.
 bool InReportMenu(std::string_view head, std::string_view group) {
   if (head != "Analysis") return head != "Data" && head != "Graphics";
-  constexpr std::string_view groups[] = {"Exact Tests on Counts", "Chi-Square Tests", "Proportions",   "Rates",
-                                         "Distributions",         "Sample Size",      "Randomization", "Clinical Epidemiology"};
+  constexpr std::string_view groups[] = {
+      "Exact Tests on Counts", "Chi-Square Tests", "Proportions",   "Rates",
+      "Distributions",         "Sample Size",      "Randomization", "Clinical Epidemiology"};
   return std::ranges::find(groups, group) != std::end(groups);
 }
 

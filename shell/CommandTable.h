@@ -20,13 +20,13 @@ enum MenuWindow : unsigned {
 };
 
 struct MenuEntry {
-  std::string path;       // plain captions from the menu's head down, joined with "/": what a script writes
-  std::string captions;   // the same with the access keys: what a menu shows
-  std::string caption;    // the last of them
-  std::string name;       // "M_t_Single"; in an array of entries with its index, "M_Datax(2)"
+  std::string path;      // plain captions from the menu's head down, joined with "/": what a script writes
+  std::string captions;  // the same with the access keys: what a menu shows
+  std::string caption;   // the last of them
+  std::string name;      // "M_t_Single"; in an array of entries with its index, "M_Datax(2)"
   int helpContext = 0;
-  unsigned windows = 0;   // those that show it
-  unsigned active = 0;    // those where it has its command; elsewhere it stands as a caption
+  unsigned windows = 0;  // those that show it
+  unsigned active = 0;   // those where it has its command; elsewhere it stands as a caption
   Command command = nullptr;
 };
 

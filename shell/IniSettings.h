@@ -13,8 +13,9 @@ namespace tellurix {
 
 class IniSettings : public Settings {
  public:
-  IniSettings();                                     // in memory only
-  explicit IniSettings(std::filesystem::path file);  // an empty path: in memory; a missing or damaged file reads as defaults
+  IniSettings();  // in memory only
+  explicit IniSettings(
+      std::filesystem::path file);  // an empty path: in memory; a missing or damaged file reads as defaults
 
   std::string GetIniValue(std::string_view section, std::string_view key, std::string_view defaultValue) const override;
   void SetIniValue(std::string_view section, std::string_view key, std::string_view value) override;

@@ -14,8 +14,8 @@ struct LinkedFile {
 };
 
 // The file that a command line or a link command names: "FileOpen PATH", or the path alone, with or without quotes. A
-// relative path that does not exist is looked for in the program's folder; a name with a blank in it that does not exist
-// stands for its last word. Nothing when there is no such file.
+// relative path that does not exist is looked for in the program's folder; a name with a blank in it that does not
+// exist stands for its last word. Nothing when there is no such file.
 std::optional<LinkedFile> ReadLinkCommand(std::string_view text, const std::filesystem::path& programFolder);
 
 }  // namespace tellurix

@@ -63,17 +63,24 @@ Reply Recorder::ShowMessage(const Message& message) {
 void Recorder::WriteAction(const Form& form, const FormAction& action, int depth) {
   const Control* control = form.Find(action.id);
   switch (action.kind) {
-    case FormAction::Kind::Close: Write(depth, "cancel"); return;
+    case FormAction::Kind::Close:
+      Write(depth, "cancel");
+      return;
     case FormAction::Kind::Set:
       if (control) Write(depth, SetText(form, *control, action.value));
       return;
     case FormAction::Kind::Press:
       if (control) {
-        Write(depth, control->role == ButtonRole::Default ? std::string("press OK") : "press " + ControlName(form, *control));
+        Write(depth,
+              control->role == ButtonRole::Default ? std::string("press OK") : "press " + ControlName(form, *control));
       }
       return;
-    case FormAction::Kind::Focus: Write(depth, "focus #" + action.id); return;
-    case FormAction::Kind::Activate: Write(depth, "activate #" + action.id); return;
+    case FormAction::Kind::Focus:
+      Write(depth, "focus #" + action.id);
+      return;
+    case FormAction::Kind::Activate:
+      Write(depth, "activate #" + action.id);
+      return;
     case FormAction::Kind::Enter: {
       std::string step = "enter #" + action.id;
       for (std::size_t row = 0; row < action.cells.size(); ++row) {
@@ -99,7 +106,7 @@ bool Recorder::RunForm(Form& form) {
   // The two simplest prompts have words of their own, written when they are answered.
   if (form.Name() == "InpFrm" || form.Name() == "ListForm") {
     const bool accepted = inner_.RunForm(form);
-    Write(1, !accepted                  ? std::string("cancel")
+    Write(1, !accepted                 ? std::string("cancel")
              : form.Name() == "InpFrm" ? "type " + QuotedText(form.ValueOf("Text"))
                                        : "pick " + QuotedText(form.ValueOf("List")));
     return accepted;
@@ -120,7 +127,8 @@ void Recorder::WriteMarks() {
   std::string step = "select";
   for (int i = 0; i < workbook->SelectionCount(); ++i) {
     const std::string range = RangeText(workbook->GetSelection(i));
-    step += " " + (workbook->SheetCount() == 1 ? range : ScriptText(workbook->SheetName(workbook->Sheet()) + "!" + range));
+    step +=
+        " " + (workbook->SheetCount() == 1 ? range : ScriptText(workbook->SheetName(workbook->Sheet()) + "!" + range));
   }
   Write(1, step);
 }
@@ -129,8 +137,12 @@ SelectionReply Recorder::WaitForSelection(const SelectionRequest& request) {
   const SelectionReply reply = inner_.WaitForSelection(request);
   if (reply.batch != request.batch) Write(1, reply.batch ? "batch on" : "batch off");
   switch (reply.answer) {
-    case SelectionReply::Answer::Ok: WriteMarks(); break;
-    case SelectionReply::Answer::Cancel: Write(1, "cancel"); break;
+    case SelectionReply::Answer::Ok:
+      WriteMarks();
+      break;
+    case SelectionReply::Answer::Cancel:
+      Write(1, "cancel");
+      break;
     case SelectionReply::Answer::Restart:
       Write(1, request.useGroupId ? "groups by column" : "groups by identifier");
       break;

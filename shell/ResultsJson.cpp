@@ -29,9 +29,12 @@ Json FieldValue(const std::vector<double>& numbers) {
 
 const char* StatusText(RunStatus status) {
   switch (status) {
-    case RunStatus::Done: return "done";
-    case RunStatus::Cancelled: return "cancelled";
-    default: return "failed";
+    case RunStatus::Done:
+      return "done";
+    case RunStatus::Cancelled:
+      return "cancelled";
+    default:
+      return "failed";
   }
 }
 
@@ -41,8 +44,9 @@ Json RunJson(const RunResult& run) {
     Json& array = json[key] = Json::array();
     for (const auto& item : items) array.push_back(make(item));
   };
-  list("selection", run.selection,
-       [](const SelectionResult& s) { return Json{{"title", s.title}, {"range", s.range}, {"n", s.count}}; });
+  list("selection", run.selection, [](const SelectionResult& s) {
+    return Json{{"title", s.title}, {"range", s.range}, {"n", s.count}};
+  });
   list("templates", run.templates, [](const TemplateResult& merged) {
     Json fields = Json::array();
     for (const FieldResult& field : merged.fields) {
@@ -51,8 +55,9 @@ Json RunJson(const RunResult& run) {
     }
     return Json{{"file", merged.file}, {"fields", std::move(fields)}};
   });
-  list("texts", run.texts,
-       [](const TextResult& text) { return Json{{"text", text.text}, {"value", FieldValue(text.numbers)}}; });
+  list("texts", run.texts, [](const TextResult& text) {
+    return Json{{"text", text.text}, {"value", FieldValue(text.numbers)}};
+  });
   list("columns", run.columns, [](const ColumnResult& column) {
     return Json{{"sheet", column.sheet}, {"title", column.title}, {"values", Numbers(column.values)}};
   });

@@ -33,7 +33,8 @@ struct Wanted {
 };
 
 bool ReadWanted(const ScriptStep& step, std::size_t from, Wanted& wanted, std::string& problem) {
-  wanted.values.assign(step.words.begin() + static_cast<std::ptrdiff_t>(std::min(from, step.words.size())), step.words.end());
+  wanted.values.assign(step.words.begin() + static_cast<std::ptrdiff_t>(std::min(from, step.words.size())),
+                       step.words.end());
   const std::size_t count = wanted.values.size();
   if (count >= 2 && !wanted.values[count - 2].quoted && wanted.values[count - 2].text == "within") {
     wanted.within = ReadScriptNumber(wanted.values.back());
@@ -75,7 +76,8 @@ class Comparer {
       }
       const std::string place = found.size() > 1 ? fmt::format("{} ({})", what, i + 1) : what;
       const std::string bound = wanted.within ? fmt::format(" within {}", *wanted.within) : "";
-      Note(place, wanted.values[i].text + bound, NumberText(found[i]), NumbersAgree(found[i], *expected, wanted.within));
+      Note(place, wanted.values[i].text + bound, NumberText(found[i]),
+           NumbersAgree(found[i], *expected, wanted.within));
     }
   }
 

@@ -33,10 +33,14 @@ Reply SafeReply(const Message& message) {
 
 const char* ReplyText(Reply reply) {
   switch (reply) {
-    case Reply::Cancel: return "Cancel";
-    case Reply::Yes: return "Yes";
-    case Reply::No: return "No";
-    default: return "OK";
+    case Reply::Cancel:
+      return "Cancel";
+    case Reply::Yes:
+      return "Yes";
+    case Reply::No:
+      return "No";
+    default:
+      return "OK";
   }
 }
 
@@ -113,7 +117,8 @@ Reply ScriptHost::ShowMessage(const Message& message) {
   bool answered = false, expected = false;
   while (!Failed() && !answered) {
     const ScriptStep* step = Peek();
-    if (step && step->Is("expect") && step->words.size() == 3 && EqualNoCase(step->words[1].text, "message") && !expected) {
+    if (step && step->Is("expect") && step->words.size() == 3 && EqualNoCase(step->words[1].text, "message") &&
+        !expected) {
       const std::string wanted = Take().words[2].text;
       if (message.text.find(wanted) == std::string::npos) {
         Fail(fmt::format("the message is {}, not {}", QuotedText(message.text), QuotedText(wanted)));
@@ -181,7 +186,8 @@ bool ScriptHost::MarkWord(const ScriptWord& word, bool first) {
       continue;
     }
     for (int row = 1; row <= std::min(lastRow, TitleSearchRows); ++row) {
-      if (workbook->TypeRC(row, column) == TextCell && EqualNoCase(GetCellLabel(*workbook, row, column), Trim(word.text))) {
+      if (workbook->TypeRC(row, column) == TextCell &&
+          EqualNoCase(GetCellLabel(*workbook, row, column), Trim(word.text))) {
         found.push_back({row, column, lastRow, column});
         break;
       }
@@ -218,17 +224,21 @@ bool ScriptHost::MarkWords(const ScriptStep& step, std::size_t from, std::size_t
 SelectionReply ScriptHost::WaitForSelection(const SelectionRequest& request) {
   using Answer = SelectionReply::Answer;
   bool batch = request.batch;
-  const auto reply = [&](Answer answer) { return SelectionReply{Failed() ? Answer::Cancel : answer, !Failed() && batch}; };
+  const auto reply = [&](Answer answer) {
+    return SelectionReply{Failed() ? Answer::Cancel : answer, !Failed() && batch};
+  };
   // The other radio: only where the radios are shown.
   const auto restart = [&] {
-    if (!request.offersGroups) Fail(fmt::format("{} has no choice between columns and identifier", QuotedText(request.prompt)));
+    if (!request.offersGroups)
+      Fail(fmt::format("{} has no choice between columns and identifier", QuotedText(request.prompt)));
     return reply(Answer::Restart);
   };
   for (;;) {
     const std::string asked = fmt::format("A selection ({})", QuotedText(request.prompt));
     const ScriptStep* step = Peek();
     const bool byIdentifier = step && step->Is("select") && step->words.size() > 3 &&
-                              step->words[step->words.size() - 2].text == "by" && step->words.back().text == "identifier";
+                              step->words[step->words.size() - 2].text == "by" &&
+                              step->words.back().text == "identifier";
     // The step stays: it answers the prompt that comes after the restart.
     if (byIdentifier && !request.useGroupId && !Failed()) return restart();
 

@@ -6,8 +6,8 @@
 
 #include "numeric/Text.h"
 #include "session/SessionSettings.h"
-#include "shell/DocumentFiles.h"
 #include "shell/Dispatch.h"
+#include "shell/DocumentFiles.h"
 
 namespace tellurix {
 

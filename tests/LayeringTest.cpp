@@ -13,16 +13,19 @@ namespace fs = std::filesystem;
 
 // From the ground up. The commands stand side by side on one level and never include one another.
 const std::vector<std::vector<std::string>> Levels{
-    {"kernel"}, {"numeric"}, {"host"}, {"report"}, {"workbook"}, {"graphics"}, {"session"},
-    {"workbook/data", "graphics/plots", "classical", "models", "epidemiology"},
-    {"shell"}, {"cli", "desktop"}};
+    {"kernel"},   {"numeric"},
+    {"host"},     {"report"},
+    {"workbook"}, {"graphics"},
+    {"session"},  {"workbook/data", "graphics/plots", "classical", "models", "epidemiology"},
+    {"shell"},    {"cli", "desktop"}};
 
 // The longest folder of the list that the path stands in, with its level; -1 for none.
 std::pair<int, std::string> LevelOf(const std::string& path) {
   std::pair<int, std::string> best{-1, ""};
   for (std::size_t level = 0; level < Levels.size(); ++level) {
     for (const auto& folder : Levels[level]) {
-      if (path.starts_with(folder + "/") && folder.size() > best.second.size()) best = {static_cast<int>(level), folder};
+      if (path.starts_with(folder + "/") && folder.size() > best.second.size())
+        best = {static_cast<int>(level), folder};
     }
   }
   return best;

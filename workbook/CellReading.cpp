@@ -12,10 +12,13 @@ double GetCellNumber(const GridStore& grid, int row, int column) {
   const CellView cell = grid.ReadRC(row, column);
   switch (std::abs(cell.type)) {
     case NumberCell:
-    case LogicalCell: return cell.number;
+    case LogicalCell:
+      return cell.number;
     case TextCell:
-      return cell.text == "*" || cell.text == "." || EqualNoCase(cell.text, "MISSING") ? TextMissingValue : MissingValue;
-    default: return MissingValue;
+      return cell.text == "*" || cell.text == "." || EqualNoCase(cell.text, "MISSING") ? TextMissingValue
+                                                                                       : MissingValue;
+    default:
+      return MissingValue;
   }
 }
 

@@ -110,13 +110,10 @@ bool DataSelection::HasRangeSelected() const {
 bool DataSelection::SelectRange(int minColumns, int maxColumns, std::string_view prompt,
                                 std::vector<RawColumn>& columns) {
   if (marksUsed_ && !host_.LeftoverRangeAnswers()) ClearGridSelection();
-  SelectionRequest request{.minColumns = minColumns,
-                           .maxColumns = maxColumns,
-                           .offersGroups = maxColumns >= 2,
-                           .helpContext = helpContext_};
-  request.prompt = minColumns == maxColumns
-                       ? fmt::format("{} ({} column{})", prompt, minColumns, Plural(minColumns))
-                       : fmt::format("{} (Min {}: Max {})", prompt, minColumns, maxColumns);
+  SelectionRequest request{
+      .minColumns = minColumns, .maxColumns = maxColumns, .offersGroups = maxColumns >= 2, .helpContext = helpContext_};
+  request.prompt = minColumns == maxColumns ? fmt::format("{} ({} column{})", prompt, minColumns, Plural(minColumns))
+                                            : fmt::format("{} (Min {}: Max {})", prompt, minColumns, maxColumns);
   for (bool asked = false;; asked = true) {
     columns = MarkedColumns();
     const int count = static_cast<int>(columns.size());
@@ -282,8 +279,7 @@ bool DataSelection::ReadCategories(SelectionMode mode, const std::vector<RawColu
     for (std::size_t row = titleRows; row < column.size(); ++row) {
       if (IsBlankOrStar(column[row])) column[row] = MissingCategory;
     }
-    ColumnInfo[k].Title =
-        hasTitles && !column.empty() ? column.front() : GetCellLabel(grid, 0, raw[k].column);
+    ColumnInfo[k].Title = hasTitles && !column.empty() ? column.front() : GetCellLabel(grid, 0, raw[k].column);
   }
 
   if (mode != ModeCategoricalPooled) {
@@ -350,8 +346,9 @@ void DataSelection::UpdateCounts() {
 void DataSelection::LogSelection(const std::vector<RawColumn>& raw) {
   std::string pooledRange;
   for (std::size_t k = 0; k < raw.size(); ++k) {
-    const std::string range = RangeText(
-        {raw[k].firstRow, raw[k].column, std::max(raw[k].firstRow, raw[k].firstRow + raw[k].rowCount - 1), raw[k].column});
+    const std::string range =
+        RangeText({raw[k].firstRow, raw[k].column, std::max(raw[k].firstRow, raw[k].firstRow + raw[k].rowCount - 1),
+                   raw[k].column});
     if (ColumnInfo.size() == raw.size()) {
       results_.Current().selection.push_back({ColumnInfo[k].Title, range, ColumnInfo[k].Count});
     } else {
@@ -385,11 +382,10 @@ bool DataSelection::SelectEqualData(int requiredRows, SelectionMode mode, int mi
     }
     if (allEqual) return true;
     const NormalPointerHere pointer(host_);
-    const Reply reply = host_.ShowMessage(
-        {.text = "Warning: unequal length columns, if you select yes then\n"
-                 "the jagged ends of columns will be padded with missing data.",
-         .title = SelectionTitle,
-         .style = OkCancel | WarningIcon});
+    const Reply reply = host_.ShowMessage({.text = "Warning: unequal length columns, if you select yes then\n"
+                                                   "the jagged ends of columns will be padded with missing data.",
+                                           .title = SelectionTitle,
+                                           .style = OkCancel | WarningIcon});
     if (reply == Reply::Ok) {
       PadJaggedColumns();
       return true;
@@ -510,7 +506,8 @@ bool DataSelection::SelectGroups(int equalSize, int minGroups, int maxGroups, st
     }
   }
   Identifier identifier;
-  if (!SelectIdentifier(minGroups, maxGroups, equalSize, For("Select GROUP IDENTIFIERS", name), identifier)) return false;
+  if (!SelectIdentifier(minGroups, maxGroups, equalSize, For("Select GROUP IDENTIFIERS", name), identifier))
+    return false;
   ClearGridSelection();
   if (!SelectEqualData(identifier.info.Count, ModeNumericRows, 1, 1, dataPrompt)) return false;
   SplitByIdentifier(identifier, DataMatrix, ColumnInfo);
@@ -530,7 +527,8 @@ bool DataSelection::SelectWeightedGroups(int minGroups, int maxGroups, std::stri
     for (;;) {
       StartAgain(logged);
       if (!SelectWorksheetData(ModeNumericRows, columns, columns, weightPrompt)) return false;
-      const auto differs = std::ranges::mismatch(ColumnInfo, infos, {}, &ColumnDescriptor::Count, &ColumnDescriptor::Count);
+      const auto differs =
+          std::ranges::mismatch(ColumnInfo, infos, {}, &ColumnDescriptor::Count, &ColumnDescriptor::Count);
       if (differs.in1 == ColumnInfo.end()) break;
       Warn(fmt::format("Error: all columns selected must be {} rows long.", differs.in2->Count), SelectionTitle);
     }

@@ -29,12 +29,12 @@ enum SelectionMode : int {
 struct ColumnDescriptor {
   std::string Title;
   int FirstRow = 0;  // worksheet row of the first cell that holds data
-  int Count = 0;     // stored observations: non-missing ones in mode 1, positions in mode 2, rows in the categorical modes
-  double Sum = 0;    // of the non-missing values (numeric modes)
+  int Count = 0;  // stored observations: non-missing ones in mode 1, positions in mode 2, rows in the categorical modes
+  double Sum = 0;         // of the non-missing values (numeric modes)
   int CategoryCount = 0;  // with "* (missing)" when it occurs
   std::vector<int> CategoryFreq;
   std::vector<std::string> CategoryName;  // in order of first appearance
-  int StartRow = 0;  // worksheet row that position 1 stands for
+  int StartRow = 0;                       // worksheet row that position 1 stands for
 };
 
 // Codes of a categorical column are 1-based numbers into CategoryName, MissingValue for "* (missing)".
@@ -54,7 +54,8 @@ class DataSelection {
                 std::function<void()> saveSettings);
 
   // --- the result of a selection, overwritten by the next ---
-  std::vector<std::vector<double>> DataMatrix;  // [column][row - 1], as high as the selection, filled up with MissingValue
+  std::vector<std::vector<double>>
+      DataMatrix;  // [column][row - 1], as high as the selection, filled up with MissingValue
   std::vector<ColumnDescriptor> ColumnInfo;
   int LastColumn = -1;  // number of columns minus one
   int MinCount = 0;

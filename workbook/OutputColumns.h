@@ -15,8 +15,8 @@
 namespace tellurix {
 
 struct OutputColumn {
-  std::string title;           // the command's prefix and the source column's title
-  std::vector<double> values;  // MissingValue is written as "*"
+  std::string title;               // the command's prefix and the source column's title
+  std::vector<double> values;      // MissingValue is written as "*"
   std::vector<std::string> texts;  // instead of values where not empty
 };
 

@@ -24,7 +24,9 @@ class Driver : public QObject {
   using Act = std::function<void()>;
 
   // Takes a step once `ready` holds.
-  void Step(std::string name, Ready ready, Act act) { steps_.push_back({std::move(name), std::move(ready), std::move(act)}); }
+  void Step(std::string name, Ready ready, Act act) {
+    steps_.push_back({std::move(name), std::move(ready), std::move(act)});
+  }
 
   // Takes all steps; a failure names the one that could not be taken within `seconds`.
   void Drive(int seconds = 20) {

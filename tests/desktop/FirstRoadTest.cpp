@@ -1,4 +1,5 @@
-// The road of a first analysis, as a person takes it: a csv, the menu, the bar, the form, the report, the help, the close.
+// The road of a first analysis, as a person takes it: a csv, the menu, the bar, the form, the report, the help, the
+// close.
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -109,38 +110,46 @@ TEST_F(FirstRoad, FromTheMenuToTheReport) {
     QTest::keyClicks(mean, "0");
     PressOk();
   });
-  driver.Step("report", [this] { return Idle()() && main.ActiveReport(); }, [this] {
-    EXPECT_NE(ReportText().find("4.062128"), std::string::npos);
-    EXPECT_TRUE(main.menuBar()->isEnabled());
-    Driver::Picture(&main, "4-report");
-    EXPECT_TRUE(main.ActiveReport()->windowTitle().startsWith("Report 01 (not saved)"));
-    // Help over the result is that of the command that made it.
-    EXPECT_EQ(main.ActiveReport()->View().HelpTopicAtCaret(), 2451);
-    main.activateWindow();
-    QTest::keyClick(&main.ActiveReport()->View(), Qt::Key_F1);
-  });
-  driver.Step("help", [] { return Help() && Help()->isVisible(); }, [this] {
-    EXPECT_EQ(Help()->CurrentTitle(), "Single sample t test");
-    Driver::Picture(Help(), "5-help");
-    QTimer::singleShot(0, &main, &QWidget::close);
-  });
+  driver.Step(
+      "report", [this] { return Idle()() && main.ActiveReport(); },
+      [this] {
+        EXPECT_NE(ReportText().find("4.062128"), std::string::npos);
+        EXPECT_TRUE(main.menuBar()->isEnabled());
+        Driver::Picture(&main, "4-report");
+        EXPECT_TRUE(main.ActiveReport()->windowTitle().startsWith("Report 01 (not saved)"));
+        // Help over the result is that of the command that made it.
+        EXPECT_EQ(main.ActiveReport()->View().HelpTopicAtCaret(), 2451);
+        main.activateWindow();
+        QTest::keyClick(&main.ActiveReport()->View(), Qt::Key_F1);
+      });
+  driver.Step(
+      "help", [] { return Help() && Help()->isVisible(); },
+      [this] {
+        EXPECT_EQ(Help()->CurrentTitle(), "Single sample t test");
+        Driver::Picture(Help(), "5-help");
+        QTimer::singleShot(0, &main, &QWidget::close);
+      });
   driver.Step("close", BoxShown(), [this] {
     EXPECT_EQ(Box()->windowTitle(), "Tellurix Close-Down");
     EXPECT_EQ(Box()->text(), "Save changes to Report 01?");
     Driver::Picture(Box(), "6-close");
     Answer(QMessageBox::Cancel);
   });
-  driver.Step("still open", [] { return !Box(); }, [this] {
-    EXPECT_TRUE(main.isVisible());
-    QTimer::singleShot(0, &main, &QWidget::close);
-  });
+  driver.Step(
+      "still open", [] { return !Box(); },
+      [this] {
+        EXPECT_TRUE(main.isVisible());
+        QTimer::singleShot(0, &main, &QWidget::close);
+      });
   driver.Step("close for good", BoxShown(), [] { Answer(QMessageBox::No); });
   driver.Drive();
   EXPECT_FALSE(main.isVisible());
 }
 
 TEST_F(FirstRoad, BatchModeAsksAgainUntilItIsUnticked) {
-  driver.Step("menu", Idle(), [this] { Driver::ClickMenu(main.menuBar(), {"Analysis", "Parametric", "Single Sample t"}); });
+  driver.Step("menu", Idle(), [this] {
+    Driver::ClickMenu(main.menuBar(), {"Analysis", "Parametric", "Single Sample t"});
+  });
   driver.Step("first", BarShown(), [this] {
     Click(OnBar("Batch"));
     DragColumn(1);
@@ -177,7 +186,8 @@ TEST_F(FirstRoad, ARecordedRoadPlaysToTheSameReport) {
     Driver::ClickMenu(main.menuBar(), {"Analysis", "Parametric", "Single Sample t"});
   });
   driver.Step("bar", BarShown(), [this] {
-    Driver::Drag(ActiveGrid()->viewport(), ActiveGrid()->CellRect(1, 2).center(), ActiveGrid()->CellRect(11, 2).center());
+    Driver::Drag(ActiveGrid()->viewport(), ActiveGrid()->CellRect(1, 2).center(),
+                 ActiveGrid()->CellRect(11, 2).center());
     Click(OnBar("Multi0"));
   });
   driver.Step("form", FormShown(), [] {
@@ -190,10 +200,12 @@ TEST_F(FirstRoad, ARecordedRoadPlaysToTheSameReport) {
     QTest::keyClicks(mean, "1.5");
     PressOk();
   });
-  driver.Step("report", [this] { return Idle()() && main.ActiveReport(); }, [this] {
-    main.DesktopRecorder().Stop();
-    main.ActiveReport()->View().Commit();
-  });
+  driver.Step(
+      "report", [this] { return Idle()() && main.ActiveReport(); },
+      [this] {
+        main.DesktopRecorder().Stop();
+        main.ActiveReport()->View().Commit();
+      });
   driver.Drive();
 
   std::string problem;
@@ -227,10 +239,12 @@ TEST_F(FirstRoad, ClosingAsksAboutSheetsThenReports) {
     asked.push_back(Box()->windowTitle().toStdString());
     Answer(QMessageBox::Ok);
   });
-  driver.Step("still open", [] { return !Box(); }, [this] {
-    EXPECT_TRUE(main.isVisible());
-    QTimer::singleShot(0, &main, &QWidget::close);
-  });
+  driver.Step(
+      "still open", [] { return !Box(); },
+      [this] {
+        EXPECT_TRUE(main.isVisible());
+        QTimer::singleShot(0, &main, &QWidget::close);
+      });
   driver.Step("sheet again", BoxShown(), [&] { Answer(QMessageBox::No); });
   driver.Step("report", BoxShown(), [&] {
     asked.push_back(Box()->text().toStdString());
@@ -238,14 +252,18 @@ TEST_F(FirstRoad, ClosingAsksAboutSheetsThenReports) {
   });
   driver.Drive();
   EXPECT_FALSE(main.isVisible());
-  EXPECT_EQ(asked, (std::vector<std::string>{"Save changes to sleep.csv?", "Saving Workbook", "Save changes to Report 01?"}));
+  EXPECT_EQ(asked,
+            (std::vector<std::string>{"Save changes to sleep.csv?", "Saving Workbook", "Save changes to Report 01?"}));
 }
 
 // The window's close box in the middle of a wait takes the command back first; then the questions come.
 TEST_F(FirstRoad, ClosingDuringAWaitEndsTheCommand) {
-  driver.Step("menu", Idle(), [this] { Driver::ClickMenu(main.menuBar(), {"Analysis", "Parametric", "Single Sample t"}); });
+  driver.Step("menu", Idle(), [this] {
+    Driver::ClickMenu(main.menuBar(), {"Analysis", "Parametric", "Single Sample t"});
+  });
   driver.Step("close", BarShown(), [this] { main.close(); });
-  driver.Step("closed", [this] { return Idle()() && !main.isVisible(); }, [] {});
+  driver.Step(
+      "closed", [this] { return Idle()() && !main.isVisible(); }, [] {});
   driver.Drive();
   EXPECT_EQ(main.DesktopSession().results.Runs().back().status, RunStatus::Cancelled);
 }

@@ -11,7 +11,10 @@ TEST(Text, ComparesWithoutRegardToCaseBeyondAscii) {
   EXPECT_TRUE(EqualNoCase("YES", "yes"));
   EXPECT_TRUE(EqualNoCase("ÉTÉ", "été"));
   EXPECT_FALSE(EqualNoCase("ete", "été"));
-  EXPECT_EQ(FoldCase("\xff" "A"), "\xff" "a");
+  EXPECT_EQ(FoldCase("\xff"
+                     "A"),
+            "\xff"
+            "a");
 }
 
 TEST(Text, ReadsForeignBytesAsWindows1252) {

@@ -59,9 +59,10 @@ const std::string Begin = "open \"two.csv\"\nrun M_t_Single\n";
 TEST(ScriptReader, TakesWordsQuotesAndComments) {
   ScriptFile script;
   std::string error;
-  ASSERT_TRUE(ReadScript("\xEF\xBB\xBF# Source: a book\n  # Source: R\r\nset \"Group\"/\"A \\\"b\\\"\" -1.5 # why\n\n"
-                         "set #edpdf 1.96\nenter #Dat 10 20 / 30 \"a # b\"\n",
-                         "x.tlx", script, error));
+  ASSERT_TRUE(
+      ReadScript("\xEF\xBB\xBF# Source: a book\n  # Source: R\r\nset \"Group\"/\"A \\\"b\\\"\" -1.5 # why\n\n"
+                 "set #edpdf 1.96\nenter #Dat 10 20 / 30 \"a # b\"\n",
+                 "x.tlx", script, error));
   EXPECT_EQ(script.source, "a book; R");
   ASSERT_EQ(script.steps.size(), 3u);
   EXPECT_EQ(StepText(script.steps[0]), R"(set "Group" / "A \"b\"" -1.5)");
@@ -94,18 +95,21 @@ TEST_F(ScriptPlay, StopsWithFileLineAndWhatWasAsked) {
   EXPECT_EQ(Failure("run \"Analysis/None\"\n"), "play.tlx:1: there is no command \"Analysis/None\"");
   EXPECT_EQ(Failure("run M_t_Paired\n"), "play.tlx:1: \"Analysis/Parametric/Paired t\" has no command yet");
   EXPECT_EQ(Failure("run M_t_Single\nselect A1:A3\n"), "play.tlx:2: no workbook is open");
-  EXPECT_EQ(Failure(Begin + "select \"Third\"\n"), "play.tlx:3: \"Third\" is neither a range nor the title of a column");
+  EXPECT_EQ(Failure(Begin + "select \"Third\"\n"),
+            "play.tlx:3: \"Third\" is neither a range nor the title of a column");
   EXPECT_EQ(Failure("setting Analyses.Nothing 3\n"), "play.tlx:1: there is no setting Analyses.Nothing");
 }
 
 TEST_F(ScriptPlay, ExpectationsHoldOrStopTheScript) {
   const std::string run = Begin + "select \"Second\"\npress OK\n";
-  EXPECT_EQ(Play(run + "expect m_single.sam_mean 23.3333 within 1e-4\nexpect size 3\nexpect m_single.name \"Second\"\n"), "");
+  EXPECT_EQ(
+      Play(run + "expect m_single.sam_mean 23.3333 within 1e-4\nexpect size 3\nexpect m_single.name \"Second\"\n"), "");
   EXPECT_EQ(Failure(run + "expect m_single.sam_mean 23.3333\n"),
             "play.tlx:5: m_single.sam_mean is 23.333333333333332, expected 23.3333");
   EXPECT_EQ(Failure(run + "expect m_single.sam_mean *\n"),
             "play.tlx:5: m_single.sam_mean is 23.333333333333332, expected *");
-  EXPECT_EQ(Failure(run + "expect m_single.name \"First\"\n"), "play.tlx:5: m_single.name is \"Second\", expected \"First\"");
+  EXPECT_EQ(Failure(run + "expect m_single.name \"First\"\n"),
+            "play.tlx:5: m_single.name is \"Second\", expected \"First\"");
   EXPECT_EQ(Failure(run + "expect m_single.size[2] 3\n"), "play.tlx:5: the last run filled no field m_single.size[2]");
   EXPECT_EQ(Failure(run + "expect no report\n"), "play.tlx:5: report is \"written\", expected \"none\"");
   EXPECT_EQ(Failure(run + "expect text \"Paired\"\n"),
@@ -123,10 +127,9 @@ TEST_F(ScriptPlay, MarksAnswerOnePromptAndNeverALaterOne) {
 
 TEST_F(ScriptPlay, BatchModeRunsOverAndOver) {
   ScriptPlayer player(ScriptPaths(Root));
-  EXPECT_EQ(Play(player, Begin +
-                             "batch on\nselect \"First\"\npress OK\n"
-                             "expect m_single.sam_mean 2\n"  // looked at when the next prompt comes
-                             "select \"Second\"\npress OK\nbatch off\ncancel\n"),
+  EXPECT_EQ(Play(player, Begin + "batch on\nselect \"First\"\npress OK\n"
+                                 "expect m_single.sam_mean 2\n"  // looked at when the next prompt comes
+                                 "select \"Second\"\npress OK\nbatch off\ncancel\n"),
             "");
   const auto& runs = player.PlayedSession().results.Runs();
   ASSERT_EQ(runs.size(), 3u);
@@ -255,7 +258,8 @@ TEST_F(ScriptPlay, DamagedTemplatesAreFound) {
     Put("Template/m_single.rtf", body);
     ScriptPlayer player(ScriptPaths(folder));
     const std::string failure = Play(player, Begin + "select \"First\"\npress OK\n" + more);
-    const bool hasText = player.PlayedDocuments().ReportCount() > 0 && ReportHasText(player.PlayedDocuments().ReportAt(0));
+    const bool hasText =
+        player.PlayedDocuments().ReportCount() > 0 && ReportHasText(player.PlayedDocuments().ReportAt(0));
     return (hasText ? "report; " : "no report; ") + (failure.empty() ? "" : failure.substr(failure.find("play.tlx")));
   };
   const auto with = [&](std::string text, const std::string& from, const std::string& to) {
@@ -292,7 +296,8 @@ TEST_F(ScriptPlay, FilesThatCannotBeReadOrWritten) {
   EXPECT_NE(problem.find("Error saving"), std::string::npos);
   EXPECT_FALSE(SaveReport(report, folder / "r.doc", problem));
   // What was there is replaced whole, and nothing is left beside it.
-  for (const char* name : {"r.rtf", "r.html", "r.txt", "r.rtf"}) EXPECT_TRUE(SaveReport(report, folder / name, problem));
+  for (const char* name : {"r.rtf", "r.html", "r.txt", "r.rtf"})
+    EXPECT_TRUE(SaveReport(report, folder / name, problem));
   std::string bytes;
   ASSERT_TRUE(ReadWholeFile(folder / "r.txt", bytes, problem));
   EXPECT_EQ(bytes, "hello\n");
@@ -306,9 +311,10 @@ TEST_F(ScriptPlay, ResultsAreWrittenUnrounded) {
   ASSERT_TRUE(player.SetSetting("Analyses.DecimalPlaces=2"));
   EXPECT_FALSE(player.SetSetting("Analyses.Nothing=2"));
   EXPECT_FALSE(player.SetSetting("nonsense"));
-  ASSERT_EQ(Play(player, "seed 7\n" + Begin + "select B1:B2\npress OK\nexpect m_single.sam_mean \"10\"\n"
-                                              "run M_t_Single\nselect \"Second\"\npress OK\n"
-                                              "run M_t_Single\ncancel\n"),
+  ASSERT_EQ(Play(player, "seed 7\n" + Begin +
+                             "select B1:B2\npress OK\nexpect m_single.sam_mean \"10\"\n"
+                             "run M_t_Single\nselect \"Second\"\npress OK\n"
+                             "run M_t_Single\ncancel\n"),
             "");
   const auto json = nlohmann::json::parse(ResultsAsJson(player.PlayedSession()));
   EXPECT_EQ(json["seed"], 7);
