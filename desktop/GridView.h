@@ -77,6 +77,7 @@ class GridView : public QAbstractScrollArea {
   // A selection wait: marks can be set, nothing edited; the right button, Enter and the keypad's Enter confirm.
   void SetSelecting(bool on);
   bool IsSelecting() const { return selecting_; }
+  void SetRightButtonConfirms(bool on) { rightButtonConfirms_ = on; }  // on at first
 
   // --- places; pixels are those of the viewport ---
   const SheetGeometry& Geometry() const { return geometry_; }
@@ -266,6 +267,7 @@ class GridView : public QAbstractScrollArea {
   int tabColumn_ = 0;  // where a row of Tabs began
 
   bool selecting_ = false;
+  bool rightButtonConfirms_ = true;
   bool editing_ = false;
   bool caretMoves_ = false;  // arrows move in the text, not to the next cell
   int editRow_ = 1;

@@ -308,7 +308,7 @@ void GridView::mousePressEvent(QMouseEvent* event) {
   const Hit hit = HitTest(position);
   if (event->button() == Qt::RightButton) {
     if (selecting_) {
-      emit ConfirmRequested();
+      if (rightButtonConfirms_) emit ConfirmRequested();
       return;
     }
     if (!CommitEdit()) return;

@@ -106,6 +106,7 @@ MainWindow::MainWindow(Paths paths, const fs::path& settingsFile)
     for (QMdiSubWindow* child : area_->subWindowList()) {
       if (auto* sheet = qobject_cast<WorksheetForm*>(child)) {
         sheet->View().SetSelecting(true);
+        sheet->View().Grid()->SetRightButtonConfirms(session_.options.RClick);
         if (documents_.ActiveWorkbook() == &sheet->Book()) form = sheet;
       }
     }

@@ -153,6 +153,10 @@ TEST_F(FirstRoad, BatchModeAsksAgainUntilItIsUnticked) {
   driver.Step("first", BarShown(), [this] {
     Click(OnBar("Batch"));
     DragColumn(1);
+    grid()->SetRightButtonConfirms(false);
+    QTest::mouseClick(grid()->viewport(), Qt::RightButton, {}, grid()->CellRect(3, 1).center());
+    EXPECT_TRUE(bar().IsWaiting());  // switched off
+    grid()->SetRightButtonConfirms(true);
     QTest::mouseClick(grid()->viewport(), Qt::RightButton, {}, grid()->CellRect(3, 1).center());  // confirms
   });
   driver.Step("first form", FormShown(), [] { PressOk(); });
