@@ -8,6 +8,7 @@
 #include <QMdiArea>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QShortcut>
 #include <QStatusBar>
 #include <QTimer>
 #include <QToolBar>
@@ -47,9 +48,10 @@ const std::map<std::string, QKeySequence>& Shortcuts() {
   static const std::map<std::string, QKeySequence> keys{
       {"M_New_Workbook", QKeySequence::New},   {"M_Open", QKeySequence::Open},
       {"M_Save_Workbook", QKeySequence::Save}, {"M_Report_Save", QKeySequence::Save},
-      {"M_Print", QKeySequence::Print},        {"M_Report_Print", QKeySequence::Print},
-      {"M_Find", QKeySequence::Find},          {"M_Report_Find", QKeySequence::Find},
-      {"M_Replace", QKeySequence::Replace},
+      {"M_Print", QKeySequence::Print},        {"M_Cut", QKeySequence::Cut},
+      {"M_Copy", QKeySequence::Copy},          {"M_Paste", QKeySequence::Paste},
+      {"M_Undo", QKeySequence::Undo},          {"M_Goto", QKeySequence(Qt::CTRL | Qt::Key_G)},
+      {"M_Find", QKeySequence::Find},          {"M_Replace", QKeySequence::Replace},
   };
   return keys;
 }
@@ -83,6 +85,14 @@ MainWindow::MainWindow(Paths paths, const fs::path& settingsFile)
   windowActions_ = MakeWindowActions(*this);
   MakeToolbar();
   BuildMenus();
+  // Redo has no entry of its own.
+  for (const QKeySequence& keys :
+       {QKeySequence(Qt::CTRL | Qt::Key_Y), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z)}) {
+    auto* redo = new QShortcut(keys, this);
+    connect(redo, &QShortcut::activated, this, [this] {
+      if (commandsEnabled_) windowActions_.at("M_Redo").run();
+    });
+  }
   statusBar()->showMessage("Ready");
   qApp->installEventFilter(this);
 
@@ -105,6 +115,7 @@ MainWindow::MainWindow(Paths paths, const fs::path& settingsFile)
     WorksheetForm* form = nullptr;
     for (QMdiSubWindow* child : area_->subWindowList()) {
       if (auto* sheet = qobject_cast<WorksheetForm*>(child)) {
+        sheet->View().Refresh();
         sheet->View().SetSelecting(true);
         sheet->View().Grid()->SetRightButtonConfirms(session_.options.RClick);
         if (documents_.ActiveWorkbook() == &sheet->Book()) form = sheet;
@@ -217,6 +228,10 @@ void MainWindow::RunEntry(const MenuEntry& entry) {
 }
 
 void MainWindow::CommandEnded() {
+  // Commands set marks and sheets, of which workbooks do not tell.
+  for (QMdiSubWindow* child : area_->subWindowList()) {
+    if (auto* sheet = qobject_cast<WorksheetForm*>(child)) sheet->View().Refresh();
+  }
   const QStringList waiting = std::exchange(linkCommands_, {});
   for (const QString& command : waiting) ExecuteLinkCommand(command);
   if (!closing_) return;

@@ -180,6 +180,22 @@ TEST_F(FirstRoad, BatchModeAsksAgainUntilItIsUnticked) {
   driver.Drive();
 }
 
+TEST_F(FirstRoad, KeysCopyPasteUndoAndRedo) {
+  main.activateWindow();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&main));
+  Workbook& book = *main.OpenedDocuments().ActiveWorkbook();
+  DragColumn(1);
+  QTest::keyClick(grid(), Qt::Key_C, Qt::ControlModifier);
+  QTest::mouseClick(grid()->viewport(), Qt::LeftButton, {}, grid()->CellRect(1, 5).center());
+  QTest::keyClick(grid(), Qt::Key_V, Qt::ControlModifier);
+  EXPECT_EQ(book.NumberRC(11, 5), 2);
+  QTest::keyClick(grid(), Qt::Key_Z, Qt::ControlModifier);
+  EXPECT_EQ(book.TypeRC(11, 5), EmptyCell);
+  QTest::keyClick(grid(), Qt::Key_Y, Qt::ControlModifier);
+  EXPECT_EQ(book.NumberRC(11, 5), 2);
+  book.MarkSaved();
+}
+
 // What was done by hand is written down, and the script plays to the same report.
 TEST_F(FirstRoad, ARecordedRoadPlaysToTheSameReport) {
   const fs::path script = fs::temp_directory_path() / "tellurix-recorded-road.tlx";
