@@ -41,6 +41,7 @@ class Session {
   bool CommandRunning = false;      // the dispatcher starts no second one
   bool CalculationRunning = false;  // between BeginCalculation and EndCalculation
   bool CancelRequested = false;     // the Progress dialog's Cancel
+  bool ProgressShown = false;       // until the calculation ends
   int AutomaticSeed = 0;            // of the random generator; 0: from the clock
 
   Prompts prompts;

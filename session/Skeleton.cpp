@@ -12,6 +12,8 @@ void BeginCalculation(Session& session) {
 
 void EndCalculation(Session& session) {
   session.CalculationRunning = false;
+  if (session.ProgressShown) session.host.ShowProgress({.share = 1});  // takes the dialog away
+  session.ProgressShown = false;
   NormalPointer(session);
 }
 
@@ -37,6 +39,7 @@ void AfterDataCommand(Session& session) { NormalPointer(session); }
 bool ShowProgress(Session& session, std::string_view label, double share) {
   Progress progress{.share = share};
   progress.labels.emplace_back(label);
+  session.ProgressShown = true;
   if (!session.host.ShowProgress(progress)) session.CancelRequested = true;
   return !session.CancelRequested;
 }

@@ -3,6 +3,7 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDialog>
 #include <QLabel>
 #include <QMdiArea>
 #include <QMdiSubWindow>
@@ -19,6 +20,7 @@
 #include "desktop/SelectionBar.h"
 #include "desktop/WorksheetView.h"
 #include "session/SessionSettings.h"
+#include "session/Skeleton.h"
 #include "shell/DocumentFiles.h"
 #include "shell/ProgramFolder.h"
 #include "shell/ScriptPlayer.h"
@@ -30,6 +32,12 @@ namespace {
 namespace fs = std::filesystem;
 
 const fs::path Root = TELLURIX_SOURCE_DIR;
+
+// A long calculation: it goes on until it is stopped.
+void Endless(Session& session) {
+  const Calculation calculation(session);
+  for (int i = 0; ShowProgress(session, "Counting", 0.5) && i < 100000; ++i) QTest::qWait(1);
+}
 
 class FirstRoad : public testing::Test {
  protected:
@@ -274,6 +282,41 @@ TEST_F(FirstRoad, ClosingAsksAboutSheetsThenReports) {
   EXPECT_FALSE(main.isVisible());
   EXPECT_EQ(asked,
             (std::vector<std::string>{"Save changes to sleep.csv?", "Saving Workbook", "Save changes to Report 01?"}));
+}
+
+// Closing during a calculation asks first; the calculation then stops as if it had been cancelled.
+TEST_F(FirstRoad, ClosingDuringACalculationAsksFirst) {
+  const MenuEntry entry{.name = "M_Endless", .active = InWorksheet, .command = Endless};
+  const auto calculating = [this] { return main.DesktopSession().CalculationRunning && !Box(); };
+  const auto close = [this] { QTimer::singleShot(0, &main, &QWidget::close); };
+  driver.Step("run", Idle(), [&] { main.RunEntry(entry); });
+  driver.Step("close", calculating, close);
+  driver.Step("no", BoxShown(), [] {
+    EXPECT_EQ(Box()->text(), "A calculation is running, are you sure you want to quit?");
+    EXPECT_EQ(Box()->windowTitle(), "Tellurix Close-Down");
+    Answer(QMessageBox::No);
+  });
+  driver.Step("close again", calculating, close);
+  driver.Step("yes", BoxShown(), [] { Answer(QMessageBox::Yes); });
+  driver.Step(
+      "closed", [this] { return Idle()() && !main.isVisible(); }, [] {});
+  driver.Drive();
+}
+
+// The Cancel of the progress dialog stops the calculation, and the dialog goes with it.
+TEST_F(FirstRoad, ProgressCanBeCancelled) {
+  const MenuEntry entry{.name = "M_Endless", .active = InWorksheet, .command = Endless};
+  const auto progress = [this] { return main.findChild<QDialog*>("Progress"); };
+  driver.Step("run", Idle(), [&] { main.RunEntry(entry); });
+  driver.Step(
+      "cancel", [&] { return progress() && progress()->isVisible(); },
+      [&] {
+        EXPECT_EQ(progress()->windowTitle(), "Tellurix Calculation Progress");
+        Click(progress()->findChild<QPushButton*>());
+      });
+  driver.Step("ended", Idle(), [&] { EXPECT_FALSE(progress()->isVisible()); });
+  driver.Drive();
+  EXPECT_TRUE(main.DesktopSession().CancelRequested);
 }
 
 // The window's close box in the middle of a wait takes the command back first; then the questions come.
