@@ -69,6 +69,7 @@ class MainWindow : public QMainWindow {
   void Forget(DocumentWindow& window);  // it is closing
 
   // --- for the menu's entries ---
+  QString Printer;  // chosen in Printer Setup; empty: the system's
   QMdiArea& Area() { return *area_; }
   void NewWorkbook();
   void NewReport();

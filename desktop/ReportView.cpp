@@ -733,8 +733,9 @@ bool ReportView::EditPageSetup() {
   return true;
 }
 
-bool ReportView::Print() {
+bool ReportView::Print(const QString& name) {
   QPrinter printer(QPrinter::HighResolution);
+  if (!name.isEmpty()) printer.setPrinterName(name);
   printer.setPageLayout(ToPageLayout(page_));
   QPrintDialog dialog(&printer, this);
   dialog.setOption(QAbstractPrintDialog::PrintPageRange);

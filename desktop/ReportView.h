@@ -84,8 +84,8 @@ class ReportView : public QTextEdit {
   void FindAndReplace();
   void FindAgain();
 
-  bool EditPageSetup();  // with the system's dialog; false when it was cancelled
-  bool Print();
+  bool EditPageSetup();                     // with the system's dialog; false when it was cancelled
+  bool Print(const QString& printer = {});  // on the one of this name, else the system's; false when cancelled
   void PrintPreview();
 
  signals:

@@ -91,13 +91,8 @@ std::optional<CellRange> RangeToPrint(MainWindow& main, WorksheetForm& form) {
   return range;
 }
 
-QString& PrinterName() {
-  static QString name;
-  return name;
-}
-
-void SetUp(QPrinter& printer, const PageSetup& page) {
-  if (!PrinterName().isEmpty()) printer.setPrinterName(PrinterName());
+void SetUp(MainWindow& main, QPrinter& printer, const PageSetup& page) {
+  if (!main.Printer.isEmpty()) printer.setPrinterName(main.Printer);
   printer.setPageLayout(ToPageLayout(page));
 }
 
@@ -225,7 +220,7 @@ void PrintSheetOn(MainWindow& main, WorksheetForm& form) {
   const auto range = RangeToPrint(main, form);
   if (!range) return;
   QPrinter printer(QPrinter::HighResolution);
-  SetUp(printer, form.View().PrintSetup().page);
+  SetUp(main, printer, form.View().PrintSetup().page);
   QPrintDialog dialog(&printer, &main);
   dialog.setOption(QAbstractPrintDialog::PrintPageRange);
   if (dialog.exec() != QDialog::Accepted) return;
@@ -241,7 +236,7 @@ void PreviewSheet(MainWindow& main, WorksheetForm& form) {
   if (!range) return;
   QPrinter printer(QPrinter::HighResolution);
   SheetPrintSetup& setup = form.View().PrintSetup();
-  SetUp(printer, setup.page);
+  SetUp(main, printer, setup.page);
   QPrintPreviewDialog dialog(&printer, &main);
   dialog.resize(900, 700);
   QObject::connect(&dialog, &QPrintPreviewDialog::paintRequested, &dialog, [&](QPrinter* target) {
@@ -257,7 +252,7 @@ void PreviewSheet(MainWindow& main, WorksheetForm& form) {
 void ChoosePrinter(MainWindow& main) {
   std::vector<std::string> names;
   int chosen = 0;
-  const QString now = PrinterName().isEmpty() ? QPrinterInfo::defaultPrinterName() : PrinterName();
+  const QString now = main.Printer.isEmpty() ? QPrinterInfo::defaultPrinterName() : main.Printer;
   for (const QString& name : QPrinterInfo::availablePrinterNames()) {
     if (name == now) chosen = static_cast<int>(names.size());
     names.push_back(name.toStdString());
@@ -271,7 +266,7 @@ void ChoosePrinter(MainWindow& main) {
   form.AddList("printer", "&Printer:", names, chosen);
   form.AddButton("ok", "OK", ButtonRole::Default);
   form.AddButton("cancel", "Cancel", ButtonRole::Cancel);
-  if (main.DesktopSession().host.RunForm(form)) PrinterName() = QString::fromStdString(form.ValueOf("printer"));
+  if (main.DesktopSession().host.RunForm(form)) main.Printer = QString::fromStdString(form.ValueOf("printer"));
 }
 
 // ---------------------------------------------------------------------------------------------------------------------

@@ -19,7 +19,7 @@ void SetUpSheetPage(MainWindow& main, WorksheetForm& form);
 void PrintSheetOn(MainWindow& main, WorksheetForm& form);
 void PreviewSheet(MainWindow& main, WorksheetForm& form);
 
-// The printer on which worksheets print until the program ends.
+// Asks for the printer on which worksheets and reports print until the program ends.
 void ChoosePrinter(MainWindow& main);
 
 // At a place of the screen: for cells, or rows or columns when whole ones are marked.

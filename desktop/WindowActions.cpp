@@ -112,7 +112,7 @@ void AddPrintEntries(MainWindow& main, WindowActions& on) {
                         InWorksheet | InReport};
   };
   on["M_Page_Setup"] = either(SetUpSheetPage, [](ReportView& view) { view.EditPageSetup(); });
-  on["M_Print"] = either(PrintSheetOn, [](ReportView& view) { view.Print(); });
+  on["M_Print"] = either(PrintSheetOn, [&main](ReportView& view) { view.Print(main.Printer); });
   on["M_Print_Preview"] = either(PreviewSheet, [](ReportView& view) { view.PrintPreview(); });
   on["M_Printer_Setup"] = {[&main] { ChoosePrinter(main); }};
 }
