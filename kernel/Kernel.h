@@ -39,4 +39,20 @@ TELLURIX_KERNEL f64 BETAIN(const f64& x, const f64& p, const f64& q, i32& ifault
 // Name and purpose of algorithm AS 239 (Shea 1988, Applied Statistics 37:466-473).
 TELLURIX_KERNEL f64 GAMMAD(const f64& x, const f64& p, i32& ifault);
 
+// --- distributions and their inverses ---
+
+// --- exact distributions of rank statistics ---
+
+// --- studentized range and multiple comparisons ---
+
+// --- ranks and sorting ---
+
+// --- least squares and matrices ---
+
+// --- conditional likelihood and exact tables ---
+
+// --- curves ---
+
+// --- random numbers ---
+
 }  // extern "C"
