@@ -95,6 +95,7 @@ void WorksheetForm::CloseDocument() {
   setWidget(nullptr);
   delete view_;
   view_ = nullptr;
+  main_.DesktopRecorder().Closing(workbook_);
   main_.OpenedDocuments().CloseWorkbook(workbook_);
 }
 
@@ -133,6 +134,7 @@ void ReportForm::CloseDocument() {
   setWidget(nullptr);
   delete view_;
   view_ = nullptr;
+  main_.DesktopRecorder().Closing(report_);
   main_.OpenedDocuments().CloseReport(report_);
 }
 

@@ -224,6 +224,7 @@ void MainWindow::RunEntry(const MenuEntry& entry) {
   if (sheet && !sheet->View().CommitEdit()) return;
   recorder_->NoteRun(entry.path);
   RunCommand(session_, entry);
+  recorder_->NoteRunEnded();
   CommandEnded();
 }
 
@@ -240,15 +241,9 @@ void MainWindow::CommandEnded() {
   QTimer::singleShot(0, window, [window] { window->close(); });
 }
 
-void MainWindow::NewWorkbook() {
-  documents_.NewWorkbook();
-  recorder_->Note("new workbook");
-}
+void MainWindow::NewWorkbook() { documents_.NewWorkbook(); }
 
-void MainWindow::NewReport() {
-  documents_.NewReport();
-  recorder_->Note("new report");
-}
+void MainWindow::NewReport() { documents_.NewReport(); }
 
 void MainWindow::ChooseAndOpen() {
   const auto file = host_->ChooseFile({.title = "Open File", .filter = OpenFilter});
@@ -276,12 +271,14 @@ void MainWindow::ShowWorkbook(Workbook& workbook) {
   auto* form = new WorksheetForm(*this, workbook);
   area_->addSubWindow(form);
   form->show();
+  recorder_->Opened(workbook);
 }
 
 void MainWindow::ShowReport(Report& report) {
   auto* form = new ReportForm(*this, report);
   area_->addSubWindow(form);
   form->show();
+  recorder_->Opened(report);
 }
 
 void MainWindow::ChildActivated(QMdiSubWindow* child) {
@@ -303,12 +300,7 @@ bool MainWindow::OpenFile(const fs::path& file) {
   BusyPointer(session_);
   const bool opened = OpenDocument(documents_, session_.options.regional, file, problem);
   NormalPointer(session_);
-  std::error_code error;
-  if (opened) {
-    recorder_->Note("open " + QuotedText(fs::absolute(file, error).string()));
-  } else {
-    ShowMessage(session_, problem, WarningIcon, "File Open");
-  }
+  if (!opened) ShowMessage(session_, problem, WarningIcon, "File Open");
   return opened;
 }
 
@@ -452,28 +444,20 @@ void MainWindow::ShowHelp(int topic) {
   help_->ShowTopic(topic);
 }
 
-// A script starts on default settings with nothing open: what differs here comes first in a recording.
-void MainWindow::NoteWhatIsThere() {
+// A script starts on default settings: what differs here comes first in a recording.
+void MainWindow::NoteSettings() {
   for (const SettingKey& key : SettingKeys()) {
     if (key.section != "Analyses" && key.section != "Graphics" && key.section != "Chart") continue;
     const std::string value = settings_.GetIniValue(key.section, key.key, key.defaultValue);
     if (value != key.defaultValue) recorder_->NoteSetting(key.section, key.key, value);
   }
-  const auto open = [this](const Workbook& workbook) {
-    if (!workbook.document.path.empty()) recorder_->Note("open " + QuotedText(workbook.document.path));
-  };
-  const Workbook* active = documents_.ActiveWorkbook();
-  for (int i = 0; i < documents_.WorkbookCount(); ++i) {
-    if (&documents_.WorkbookAt(i) != active) open(documents_.WorkbookAt(i));
-  }
-  if (active) open(*active);  // the last one that is opened is the active one
 }
 
 void MainWindow::Record(bool on) {
   if (on == recorder_->IsRecording()) return;
   if (on) {
     recorder_->Start();
-    NoteWhatIsThere();
+    NoteSettings();
     return statusBar()->showMessage("Recording");
   }
   recorder_->Stop();

@@ -92,7 +92,7 @@ class MainWindow : public QMainWindow {
   void SetCommandsEnabled(bool enabled);
   void CommandEnded();
   void HelpInFront();
-  void NoteWhatIsThere();
+  void NoteSettings();
   void ToolPressed(const QString& key);
 
   IniSettings settings_;

@@ -36,13 +36,54 @@ void Recorder::Write(int depth, std::string_view step) {
   if (recording_) lines_.push_back(std::string(static_cast<std::size_t>(2 * depth), ' ') + std::string(step));
 }
 
-std::string Recorder::Text() const {
+std::string Recorder::Text() {
+  if (edits_) edits_->WriteDown();
   std::string text;
   for (const std::string& line : lines_) text += line + "\n";
   return text;
 }
 
-void Recorder::NoteRun(std::string_view path) { Note("run " + QuotedText(path)); }
+void Recorder::Start() {
+  recording_ = true;
+  edits_ = std::make_unique<HandEdits>(documents_, [this](const std::string& step) { Write(editDepth_, step); });
+  edits_->Start();
+}
+
+void Recorder::Stop() {
+  if (edits_) edits_->WriteDown();
+  edits_.reset();
+  recording_ = false;
+}
+
+void Recorder::Note(std::string_view step) {
+  if (edits_) edits_->WriteDown();
+  Write(0, step);
+}
+
+void Recorder::NoteRun(std::string_view path) {
+  Note("run " + QuotedText(path));
+  if (edits_) edits_->CommandActs();
+}
+
+void Recorder::NoteRunEnded() {
+  if (edits_) edits_->PersonActs();
+}
+
+void Recorder::Opened(Workbook& workbook) {
+  if (edits_) edits_->Opened(workbook);
+}
+
+void Recorder::Opened(const Report& report) {
+  if (edits_) edits_->Opened(report);
+}
+
+void Recorder::Closing(const Workbook& workbook) {
+  if (edits_) edits_->Closing(workbook);
+}
+
+void Recorder::Closing(const Report& report) {
+  if (edits_) edits_->Closing(report);
+}
 
 void Recorder::NoteSetting(std::string_view section, std::string_view key, std::string_view value) {
   Note(fmt::format("setting {}.{} {}", section, key, ScriptText(value)));
@@ -134,7 +175,15 @@ void Recorder::WriteMarks() {
 }
 
 SelectionReply Recorder::WaitForSelection(const SelectionRequest& request) {
+  // The documents are the person's while the bar is up.
+  if (edits_) edits_->PersonActs();
+  editDepth_ = 1;
   const SelectionReply reply = inner_.WaitForSelection(request);
+  if (edits_) {
+    edits_->WriteDown();
+    edits_->CommandActs();
+  }
+  editDepth_ = 0;
   if (reply.batch != request.batch) Write(1, reply.batch ? "batch on" : "batch off");
   switch (reply.answer) {
     case SelectionReply::Answer::Ok:

@@ -2,6 +2,7 @@
 // that answers them.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -9,6 +10,7 @@
 #include "host/Documents.h"
 #include "host/Form.h"
 #include "host/Host.h"
+#include "shell/HandEdits.h"
 
 namespace tellurix {
 
@@ -16,15 +18,23 @@ class Recorder : public Host {
  public:
   Recorder(Host& inner, Documents& documents) : inner_(inner), documents_(documents) {}
 
-  void Start() { recording_ = true; }
-  void Stop() { recording_ = false; }
+  // What is open comes first; the settings that differ from the defaults are the caller's to note.
+  void Start();
+  void Stop();
   bool IsRecording() const { return recording_; }
-  std::string Text() const;  // the script so far
+  std::string Text();  // the script so far, with what was done by hand until now
 
   // What happens outside of prompts is told by whoever does it.
-  void Note(std::string_view step) { Write(0, step); }
+  void Note(std::string_view step);
   void NoteRun(std::string_view path);
+  void NoteRunEnded();
   void NoteSetting(std::string_view section, std::string_view key, std::string_view value);
+
+  // So are the documents that come and go; what is done to them by hand is noticed.
+  void Opened(Workbook& workbook);
+  void Opened(const Report& report);
+  void Closing(const Workbook& workbook);
+  void Closing(const Report& report);
 
   // --- Host: passed on, and written down ---
   Reply ShowMessage(const Message& message) override;
@@ -56,6 +66,8 @@ class Recorder : public Host {
   Host& inner_;
   Documents& documents_;
   bool recording_ = false;
+  int editDepth_ = 0;                 // of what is done by hand
+  std::unique_ptr<HandEdits> edits_;  // while recording
   std::vector<std::string> lines_;
   std::string modelessInUse_;  // title of the modeless form that acted last
 };

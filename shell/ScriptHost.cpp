@@ -6,6 +6,7 @@
 #include <charconv>
 
 #include "numeric/Text.h"
+#include "shell/ScriptEdits.h"
 #include "workbook/CellReading.h"
 #include "workbook/Workbook.h"
 
@@ -89,7 +90,8 @@ void ScriptHost::Check(const ScriptStep& step) {
   if (!CheckExpectation(*session_, step, comparisons_, problem)) FailAt(step.line, problem);
 }
 
-const ScriptStep* ScriptHost::NextAnswer(std::string_view asked, std::initializer_list<std::string_view> verbs) {
+const ScriptStep* ScriptHost::NextAnswer(std::string_view asked, std::initializer_list<std::string_view> verbs,
+                                         bool edits) {
   while (!Failed()) {
     const ScriptStep* step = Peek();
     if (!step) {
@@ -100,12 +102,23 @@ const ScriptStep* ScriptHost::NextAnswer(std::string_view asked, std::initialize
       Check(Take());
       continue;
     }
+    if (edits && IsEditStep(*step)) {
+      Edit(Take());
+      continue;
+    }
     for (const std::string_view verb : verbs) {
       if (step->Is(verb)) return &Take();
     }
     FailAt(step->line, fmt::format("{} is asked, but the next step is: {}", asked, StepText(*step)));
   }
   return nullptr;
+}
+
+bool ScriptHost::Edit(const ScriptStep& step) {
+  std::string problem;
+  if (DoEditStep(session_->documents, session_->options.regional, step, problem)) return true;
+  Fail(problem);
+  return false;
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -242,21 +255,13 @@ SelectionReply ScriptHost::WaitForSelection(const SelectionRequest& request) {
     // The step stays: it answers the prompt that comes after the restart.
     if (byIdentifier && !request.useGroupId && !Failed()) return restart();
 
-    step = NextAnswer(asked, {"select", "groups", "batch", "sheet", "cancel"});
+    step = NextAnswer(asked, {"select", "groups", "batch", "cancel"}, true);
     if (!step || step->Is("cancel")) return reply(Answer::Cancel);
     const std::string last = step->words.back().text;
     if (step->Is("batch")) {
       batch = EqualNoCase(last, "on");
     } else if (step->Is("groups")) {
       if (EqualNoCase(last, "identifier") != request.useGroupId) return restart();
-    } else if (step->Is("sheet")) {
-      Workbook* workbook = session_->documents.ActiveWorkbook();
-      const int sheet = workbook ? workbook->FindSheet(last) : 0;
-      if (sheet < 1) {
-        Fail(fmt::format("there is no sheet {}", QuotedText(last)));
-        return reply(Answer::Cancel);
-      }
-      workbook->Sheet(sheet);
     } else {
       MarkWords(*step, 1, step->words.size() - (byIdentifier ? 2 : 0));
       return reply(Answer::Ok);

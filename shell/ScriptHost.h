@@ -38,6 +38,9 @@ class ScriptHost : public Host {
   // Marks what the words name: titles or ranges of the active workbook; false after a failure.
   bool MarkWords(const ScriptStep& step, std::size_t from, std::size_t to);
 
+  // Does a step that edits the documents; false after a failure.
+  bool Edit(const ScriptStep& step);
+
   // Applies one step to a form; false after a failure.
   bool ActOn(Form& form, const ScriptStep& step);
   Form* Modeless(std::string_view title);  // the open modeless form of this title
@@ -62,7 +65,9 @@ class ScriptHost : public Host {
 
  private:
   // The next step that answers what is asked, checks on the way done; null after a failure.
-  const ScriptStep* NextAnswer(std::string_view asked, std::initializer_list<std::string_view> verbs);
+  // With `edits`, what edits the documents is done on the way too.
+  const ScriptStep* NextAnswer(std::string_view asked, std::initializer_list<std::string_view> verbs,
+                               bool edits = false);
   const Control* FindControl(Form& form, const ScriptStep& step, std::size_t& word);
   bool MarkWord(const ScriptWord& word, bool first);
   bool Pick(Form& form, const ScriptStep& step);

@@ -8,6 +8,7 @@
 #include "session/SessionSettings.h"
 #include "shell/Dispatch.h"
 #include "shell/DocumentFiles.h"
+#include "shell/ScriptEdits.h"
 
 namespace tellurix {
 
@@ -16,6 +17,8 @@ namespace fs = std::filesystem;
 ScriptPlayer::ScriptPlayer(Paths paths)
     : recorder_(host_, documents_), session_(recorder_, documents_, settings_, std::move(paths)) {
   host_.Serve(session_);
+  documents_.onWorkbookOpened = [this](Workbook& workbook) { recorder_.Opened(workbook); };
+  documents_.onReportOpened = [this](Report& report) { recorder_.Opened(report); };
   LoadSettings(session_);
 }
 
@@ -64,15 +67,19 @@ void ScriptPlayer::Do(const ScriptStep& step) {
   if (step.Is("mark")) return Mark(step);
   if (step.Is("setting")) return Setting(step);
   if (step.Is("use")) return Use(step);
-  if (step.Is("sheet")) return SelectSheet(step);
+  if (step.Is("close")) return Close(step);
+  if (IsEditStep(step)) {
+    host_.Edit(step);
+    return;
+  }
   const std::string object = step.words.size() > 1 ? step.words[1].text : "";
   if (step.Is("new") && object == "workbook") {
     documents_.NewWorkbook();
-    return recorder_.Note("new workbook");
+    return;
   }
   if (step.Is("new") && object == "report") {
     documents_.NewReport();
-    return recorder_.Note("new report");
+    return;
   }
   if (step.Is("seed")) {
     const int seed = ParseInteger(object);
@@ -106,6 +113,7 @@ void ScriptPlayer::Run(const ScriptStep& step) {
   const std::size_t firstRun = session_.results.Runs().size();
   recorder_.NoteRun(entry->path);
   RunCommand(session_, *entry);
+  recorder_.NoteRunEnded();
   for (std::size_t i = firstRun; i < session_.results.Runs().size(); ++i) {
     const std::string misplaced = MisplacedFields(session_.results.Runs()[i]);
     if (!misplaced.empty()) host_.Fail(misplaced);
@@ -120,7 +128,6 @@ void ScriptPlayer::Open(const ScriptStep& step) {
   if (!fs::exists(file, error)) file = named;  // not beside the script: in the working folder
   std::string problem;
   if (!OpenDocument(documents_, session_.options.regional, file, problem)) return host_.Fail(problem);
-  recorder_.Note("open " + QuotedText(fs::absolute(file, error).string()));
 }
 
 void ScriptPlayer::Save(const ScriptStep& step) {
@@ -157,12 +164,29 @@ void ScriptPlayer::Use(const ScriptStep& step) {
   if (!inUse_) host_.Fail("no such form is open");
 }
 
-void ScriptPlayer::SelectSheet(const ScriptStep& step) {
-  Workbook* workbook = documents_.ActiveWorkbook();
-  const int sheet = workbook && step.words.size() == 2 ? workbook->FindSheet(step.words[1].text) : 0;
-  if (sheet < 1) return host_.Fail("no such sheet");
-  workbook->Sheet(sheet);
-  recorder_.Note("sheet " + QuotedText(step.words[1].text));
+// The active document, or the one of this number in the order of opening, whether it has changed or not.
+void ScriptPlayer::Close(const ScriptStep& step) {
+  const bool isReport = step.words.size() > 1 && EqualNoCase(step.words[1].text, "report");
+  if (!isReport && !(step.words.size() > 1 && EqualNoCase(step.words[1].text, "workbook"))) {
+    return host_.Fail("\"close workbook\" or \"close report\" is wanted");
+  }
+  const int count = isReport ? documents_.ReportCount() : documents_.WorkbookCount();
+  int index = count;
+  if (step.words.size() > 2) {
+    index = ParseInteger(step.words[2].text) - 1;
+  } else if (isReport && documents_.ActiveReport()) {
+    index = documents_.IndexOf(*documents_.ActiveReport());
+  } else if (!isReport && documents_.ActiveWorkbook()) {
+    index = documents_.IndexOf(*documents_.ActiveWorkbook());
+  }
+  if (index < 0 || index >= count) return host_.Fail(fmt::format("there is no such {}", step.words[1].text));
+  if (isReport) {
+    recorder_.Closing(documents_.ReportAt(index));
+    documents_.CloseReport(documents_.ReportAt(index));
+  } else {
+    recorder_.Closing(documents_.WorkbookAt(index));
+    documents_.CloseWorkbook(documents_.WorkbookAt(index));
+  }
 }
 
 }  // namespace tellurix

@@ -35,7 +35,7 @@ class ScriptPlayer {
 
   // From here on everything that is done is written down.
   void Record() { recorder_.Start(); }
-  std::string Recording() const { return recorder_.Text(); }
+  std::string Recording() { return recorder_.Text(); }
 
  private:
   void Do(const ScriptStep& step);
@@ -45,7 +45,7 @@ class ScriptPlayer {
   void Mark(const ScriptStep& step);
   void Setting(const ScriptStep& step);
   void Use(const ScriptStep& step);
-  void SelectSheet(const ScriptStep& step);
+  void Close(const ScriptStep& step);
   bool ApplySetting(std::string_view section, std::string_view key, std::string_view value);
 
   OpenDocuments documents_;

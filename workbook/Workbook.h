@@ -116,6 +116,8 @@ class Workbook final : public GridStore {
   void ColText(int column, std::string_view text) override;
   std::string RowText(int row) const override;
   void RowText(int row, std::string_view text);
+  int LastTitledRow() const;  // the last one with a heading, or 0
+  int LastTitledColumn() const;
 
   // --- editing; false, and nothing changed, when the range is not on the sheet or something would be pushed off it ---
   // The references of formulas follow cells that move; those to deleted cells become #REF!. In a copy the references
@@ -165,7 +167,14 @@ class Workbook final : public GridStore {
   void SetRowHeight(int firstRow, int lastRow, double height);  // as with widths; nothing off the sheet
   void SetRowHeight(int row, double height) { SetRowHeight(row, row, height); }
   bool IsRowHidden(int row) const { return RowHeight(row) == 0; }
-  CellLook LookAt(int row, int column) const;                      // plain beyond the sheet
+  CellLook LookAt(int row, int column) const;  // plain beyond the sheet
+  // The looks down a column: where each begins, the first one in row 1, the last one without end.
+  struct LookRun {
+    int firstRow = 1;
+    CellLook look;
+  };
+  std::vector<LookRun> LooksDown(int column) const;
+  int LastLookColumn() const;                                      // the columns behind it are plain
   bool SetLook(const CellRange& range, const LookChange& change);  // false, and nothing changed, off the sheet
 
   // --- settings ---

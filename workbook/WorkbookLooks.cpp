@@ -22,6 +22,16 @@ constexpr int SampledCellsFitted = 1000;
 std::string Workbook::ColText(int column) const { return Active().HeadingAt(ColumnHeadings, column); }
 std::string Workbook::RowText(int row) const { return Active().HeadingAt(RowHeadings, row); }
 
+int Workbook::LastTitledRow() const {
+  const CellColumn* titles = Active().Find(RowHeadings);
+  return titles ? titles->LastRow() : 0;
+}
+
+int Workbook::LastTitledColumn() const {
+  const CellColumn* titles = Active().Find(ColumnHeadings);
+  return titles ? titles->LastRow() : 0;
+}
+
 void Workbook::SetHeading(int slot, int at, std::string_view text) {
   if (IsRefused() || (text.empty() && Active().HeadingAt(slot, at).empty())) return;
   const AutoStep step(*this, "Heading");
@@ -129,6 +139,18 @@ CellLook Workbook::LookAt(int row, int column) const {
   const auto& runs = LookRunsAt(column);
   return runs && row >= 1 ? looks_[runs->At(row)] : CellLook();
 }
+
+std::vector<Workbook::LookRun> Workbook::LooksDown(int column) const {
+  std::vector<LookRun> looks;
+  const auto& runs = LookRunsAt(column);
+  if (!runs || runs->At(1) == 0) looks.push_back({});
+  if (runs) {
+    runs->ForEach([&](int firstRow, std::uint32_t look) { looks.push_back({firstRow, looks_[look]}); });
+  }
+  return looks;
+}
+
+int Workbook::LastLookColumn() const { return static_cast<int>(Active().looks->size()); }
 
 std::uint32_t Workbook::NumberOf(const CellLook& look) {
   const auto found = std::find(looks_.begin(), looks_.end(), look);
