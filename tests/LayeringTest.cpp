@@ -15,9 +15,11 @@ namespace fs = std::filesystem;
 const std::vector<std::vector<std::string>> Levels{
     {"kernel"},   {"numeric"},
     {"host"},     {"report"},
-    {"workbook"}, {"graphics"},
-    {"session"},  {"workbook/data", "graphics/plots", "classical", "models", "epidemiology"},
-    {"shell"},    {"cli", "desktop"}};
+    {"workbook"}, {"workbook/files"},
+    {"graphics"}, {"session"},
+    {"workbook/data", "graphics/plots", "classical", "models", "epidemiology"},
+    {"shell"},
+    {"cli", "desktop"}};
 
 // The longest folder of the list that the path stands in, with its level; -1 for none.
 std::pair<int, std::string> LevelOf(const std::string& path) {

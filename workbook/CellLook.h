@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "workbook/GridStore.h"
@@ -63,6 +64,12 @@ struct LookChange {
 // formatted as a whole is one run.
 class LookRuns {
  public:
+  LookRuns() = default;
+  // Of runs by their first row, ascending.
+  explicit LookRuns(const std::vector<std::pair<int, std::uint32_t>>& runs) {
+    for (const auto& [firstRow, look] : runs) AppendRun(firstRow, look);
+  }
+
   std::uint32_t At(int row) const;
   bool IsPlain() const { return runs_.empty(); }
   std::size_t RunCount() const { return runs_.size(); }
@@ -71,6 +78,12 @@ class LookRuns {
   template <typename Tell>
   void ForEach(Tell tell) const {
     for (const Run& run : runs_) tell(run.firstRow, run.look);
+  }
+
+  // Calls visit(firstRow, look) for every run, downwards.
+  template <typename Visit>
+  void EachRun(Visit visit) const {
+    for (const Run& run : runs_) visit(run.firstRow, run.look);
   }
 
   // These runs with each look from firstRow to lastRow replaced by what `change` answers for it.

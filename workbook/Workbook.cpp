@@ -355,45 +355,6 @@ void Workbook::Tell(const Step& step) {
   }
 }
 
-Workbook::Loading::Loading(Workbook& workbook) : workbook_(workbook), backup_(std::make_unique<Backup>()) {
-  // The copies hold the columns, so that every write goes to a copy of its column.
-  for (const auto& sheet : workbook_.sheets_) backup_->sheets.emplace_back(sheet, *sheet);
-  backup_->active = workbook_.active_;
-  backup_->settings = workbook_.settings_;
-  workbook_.logging_ = false;
-  workbook_.BeginStep({});
-}
-
-Workbook::Loading::~Loading() {
-  if (!backup_) return;
-  workbook_.sheets_.clear();
-  for (auto& [sheet, data] : backup_->sheets) {
-    *sheet = std::move(data);
-    workbook_.sheets_.push_back(sheet);
-  }
-  workbook_.active_ = backup_->active;
-  workbook_.settings_ = backup_->settings;
-  workbook_.open_->areas.clear();
-  workbook_.EndStep();
-  workbook_.logging_ = true;
-}
-
-void Workbook::Loading::Accept() {
-  backup_.reset();
-  Step told;
-  if (workbook_.formulas_->IsUsed()) workbook_.formulas_->Rebuild(false);
-  workbook_.Recalculate(*workbook_.open_, told);
-  workbook_.open_->log.clear();
-  workbook_.EndStep();
-  workbook_.logging_ = true;
-  workbook_.undo_.clear();
-  workbook_.redo_.clear();
-  workbook_.historyBytes_ = 0;
-  workbook_.bottomSerial_ = ++workbook_.lastSerial_;
-  workbook_.MarkSaved();
-  workbook_.Tell(told);
-}
-
 // --- cells ---
 
 const CellColumn* Workbook::ColumnAt(int row, int column) const {

@@ -16,6 +16,7 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <span>
@@ -35,6 +36,7 @@ namespace tellurix {
 class CellColumn;
 class FormulaEngine;
 class TextPool;
+class TextRef;
 
 // What a step, an undo or a redo has changed: one rectangle around all changed cells of a sheet. A heading has row or
 // column 0; widths have the rectangle of their columns in row 0, heights that of their rows in column 0.
@@ -54,6 +56,7 @@ struct SheetSettings {
   bool showsGridlines = true;
   bool showsHeadings = true;
   bool showsZeros = true;
+  std::map<std::string, std::string> others;  // of a file, by key, that are not known here; saved as they were
 
   bool operator==(const SheetSettings&) const = default;
 };
@@ -65,6 +68,7 @@ struct WorkbookSettings {
   double columnWidth = 10;  // characters
   std::array<int, 16> palette = {0x000000, 0xFFFFFF, 0xFF0000, 0x00FF00, 0x0000FF, 0xFFFF00, 0xFF00FF, 0x00FFFF,
                                  0x800000, 0x008000, 0x000080, 0x808000, 0x800080, 0x008080, 0xC0C0C0, 0x808080};
+  std::map<std::string, std::string> others;  // as of a sheet
 
   bool operator==(const WorkbookSettings&) const = default;
 };
@@ -216,7 +220,14 @@ class Workbook final : public GridStore {
     ~Loading();
     Loading(const Loading&) = delete;
     Loading& operator=(const Loading&) = delete;
+    void Clear();  // to one empty sheet on default settings
     void Accept();
+
+    // A text of the workbook's pool, and runs of them down a column of the active sheet; none is empty, and they fit.
+    TextRef Intern(std::string_view text);
+    void SetTexts(int column, int firstRow, std::span<const TextRef> texts);
+    // Looks down whole columns, each from its first row (ascending) to that of the next.
+    void SetLooks(int firstColumn, int lastColumn, std::span<const std::pair<int, CellLook>> looks);
 
    private:
     struct Backup;
@@ -225,6 +236,7 @@ class Workbook final : public GridStore {
   };
 
  private:
+  friend class WorkbookContents;
   struct SheetData;
   struct CellChange;
   struct ColumnChange;

@@ -1,0 +1,38 @@
+// Workbooks from and to files of every kind that the system knows.
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+#include "host/Host.h"
+#include "numeric/Regional.h"
+#include "workbook/Workbook.h"
+
+namespace tellurix {
+
+enum class WorkbookFileType {
+  Native,    // tlw
+  Excel97,   // xls of version 8
+  Excel5,    // xls of versions 5 and 7/95
+  Xlsx,      //
+  Ods,       // read only
+  Gnumeric,  // read only
+  TabText,   // both tabbed texts hold the results of formulas and unrounded numbers
+  TabValues,
+  Csv,
+  Html,     // write only: tables with their looks, of all sheets
+  HtmlData  // write only: bare tables
+};
+
+// Reads a file by its contents where they tell, else by its extension, in place of all that is in the workbook, which
+// counts as saved then. False when nothing was loaded, with the reason in `problem` (empty when `poll` stopped it), and
+// the workbook is as it was.
+bool ReadWorkbookFile(const std::filesystem::path& path, Workbook& workbook, const Regional& regional, const Poll& poll,
+                      std::string& problem);
+
+// Writes beside the old file, syncs, and puts the new one in its place. The text types hold the active sheet alone.
+// False with the reason in `problem` and the old file as it was.
+bool WriteWorkbookFile(const Workbook& workbook, const std::filesystem::path& path, WorkbookFileType type,
+                       std::string& problem);
+
+}  // namespace tellurix
