@@ -66,27 +66,28 @@ void LockOrUnlock(MainWindow& main, GridView& grid) {
 }
 
 void SetPrintArea(MainWindow& main, WorksheetForm& form) {
-  const Workbook& book = form.Book();
+  Workbook& book = form.Book();
   if (book.SelectionCount() > 1) return main.Refuse("Mark a single range to print.");
   CellRange range = book.GetSelection(0);
-  auto& areas = form.View().PrintSetup().areas;
+  SheetSettings settings = book.SettingsOfSheet();
   std::string said = "The whole sheet prints";
   if (range.IsOneCell()) {
-    areas.erase(SheetName(book));
+    settings.printing.area.reset();
   } else {
     // Of whole rows and columns what is used.
     if (range.lastRow == GridStore::MaxRows) range.lastRow = std::max(range.firstRow, book.LastRow());
     if (range.lastColumn == GridStore::MaxColumns) range.lastColumn = std::max(range.firstColumn, book.LastCol());
-    areas.insert_or_assign(SheetName(book), range);
+    settings.printing.area = range;
     said = RangeText(range) + " is what prints";
   }
+  book.SetSettingsOfSheet(settings);
   main.DesktopSession().host.SetStatus(said);
 }
 
 // What prints, after an edit has ended; nothing after a message.
 std::optional<CellRange> RangeToPrint(MainWindow& main, WorksheetForm& form) {
   if (!form.View().CommitEdit()) return std::nullopt;
-  const auto range = PrintedRange(form.Book(), form.View().PrintSetup());
+  const auto range = PrintedRange(form.Book());
   if (!range) main.Refuse("The sheet is empty: there is nothing to print.");
   return range;
 }
@@ -214,19 +215,18 @@ void AddWorksheetEntries(MainWindow& main, WindowActions& on) {
 // Printing
 // ---------------------------------------------------------------------------------------------------------------------
 
-void SetUpSheetPage(MainWindow& main, WorksheetForm& form) { EditPageSetup(main, form.View().PrintSetup()); }
+void SetUpSheetPage(MainWindow& main, WorksheetForm& form) { EditPageSetup(main, form.Book()); }
 
 void PrintSheetOn(MainWindow& main, WorksheetForm& form) {
   const auto range = RangeToPrint(main, form);
   if (!range) return;
   QPrinter printer(QPrinter::HighResolution);
-  SetUp(main, printer, form.View().PrintSetup().page);
+  SetUp(main, printer, PageOf(form.Book().SettingsOfSheet().printing));
   QPrintDialog dialog(&printer, &main);
   dialog.setOption(QAbstractPrintDialog::PrintPageRange);
   if (dialog.exec() != QDialog::Accepted) return;
   BusyPointer(main.DesktopSession());
-  const int pages =
-      PrintSheet(form.Book(), *range, form.View().PrintSetup(), printer, {printer.fromPage(), printer.toPage()});
+  const int pages = PrintSheet(form.Book(), *range, printer, {printer.fromPage(), printer.toPage()});
   NormalPointer(main.DesktopSession());
   if (pages < 0) main.Refuse("The sheet could not be printed.");
 }
@@ -235,13 +235,12 @@ void PreviewSheet(MainWindow& main, WorksheetForm& form) {
   const auto range = RangeToPrint(main, form);
   if (!range) return;
   QPrinter printer(QPrinter::HighResolution);
-  SheetPrintSetup& setup = form.View().PrintSetup();
-  SetUp(main, printer, setup.page);
+  SetUp(main, printer, PageOf(form.Book().SettingsOfSheet().printing));
   QPrintPreviewDialog dialog(&printer, &main);
   dialog.resize(900, 700);
   QObject::connect(&dialog, &QPrintPreviewDialog::paintRequested, &dialog, [&](QPrinter* target) {
     int total = 0;
-    PrintSheet(form.Book(), *range, setup, *target, {}, MostPreviewed, &total);
+    PrintSheet(form.Book(), *range, *target, {}, MostPreviewed, &total);
     dialog.setWindowTitle(total > MostPreviewed
                               ? QString("Print Preview (the first %1 of %2 pages)").arg(MostPreviewed).arg(total)
                               : QString("Print Preview"));

@@ -512,56 +512,57 @@ void PasteSpecial(MainWindow& main, GridView& grid) {
   grid.PasteSpecial(form.IsChecked("values"), form.IsChecked("transpose"));
 }
 
-void EditPageSetup(MainWindow& main, SheetPrintSetup& setup) {
-  constexpr QPageSize::PageSizeId sizes[] = {QPageSize::A3, QPageSize::A4, QPageSize::A5, QPageSize::Letter,
-                                             QPageSize::Legal};
+void EditPageSetup(MainWindow& main, Workbook& book) {
+  SheetSettings settings = book.SettingsOfSheet();
+  SheetPrinting& printing = settings.printing;
   const Regional& regional = main.DesktopSession().options.regional;
   Form form("PageSetup", "Page Setup");
   std::vector<std::string> names;
   int chosen = 1;
-  for (int i = 0; i < static_cast<int>(std::size(sizes)); ++i) {
-    names.push_back(QPageSize::name(sizes[i]).toStdString());
-    if (sizes[i] == setup.page.size) chosen = i;
+  for (int i = 0; i < static_cast<int>(std::size(PaperSizes)); ++i) {
+    names.push_back(QPageSize::name(PaperSizes[i]).toStdString());
+    if (names.back() == printing.paper) chosen = i;
   }
   form.AddCombo("size", "&Paper:", names, chosen);
-  form.AddCombo("orientation", "&Orientation:", {"Portrait", "Landscape"}, setup.page.landscape ? 1 : 0);
+  form.AddCombo("orientation", "&Orientation:", {"Portrait", "Landscape"}, printing.isLandscape ? 1 : 0);
   const struct {
     const char* id;
     const char* caption;
-    double PageSetup::*margin;
-  } margins[] = {{"left", "&Left margin (cm):", &PageSetup::left},
-                 {"right", "&Right margin (cm):", &PageSetup::right},
-                 {"top", "&Top margin (cm):", &PageSetup::top},
-                 {"bottom", "&Bottom margin (cm):", &PageSetup::bottom}};
+    double SheetPrinting::*margin;
+  } margins[] = {{"left", "&Left margin (cm):", &SheetPrinting::left},
+                 {"right", "&Right margin (cm):", &SheetPrinting::right},
+                 {"top", "&Top margin (cm):", &SheetPrinting::top},
+                 {"bottom", "&Bottom margin (cm):", &SheetPrinting::bottom}};
   for (const auto& margin : margins) {
-    const double rounded = std::round(100 * setup.page.*margin.margin) / 100;
+    const double rounded = std::round(100 * printing.*margin.margin) / 100;
     form.AddText(margin.id, margin.caption, NumberText(rounded, regional));
   }
-  form.AddCheck("gridlines", "Print &gridlines", setup.gridlines);
-  form.AddCheck("headings", "Print row and column &headings", setup.headings);
+  form.AddCheck("gridlines", "Print &gridlines", printing.gridlines);
+  form.AddCheck("headings", "Print row and column &headings", printing.headings);
   AddOkAndCancel(form);
-  PageSetup page;
   if (!Ask(main, form, [&]() -> std::string {
-        page.size = sizes[form.IndexOf("size")];
-        page.landscape = form.IndexOf("orientation") == 1;
-        QSizeF paper = QPageSize(page.size).size(QPageSize::Millimeter) / 10;
-        if (page.landscape) paper.transpose();
+        const QPageSize size(PaperSizes[form.IndexOf("size")]);
+        printing.paper = size.name().toStdString();
+        printing.isLandscape = form.IndexOf("orientation") == 1;
+        QSizeF paper = size.size(QPageSize::Millimeter) / 10;
+        if (printing.isLandscape) paper.transpose();
         for (const auto& margin : margins) {
           const auto typed = SizeOf(form.ValueOf(margin.id), regional, 0, 30);
           if (!typed) return "A margin is a number of centimetres from 0 on.";
-          page.*margin.margin = *typed;
+          printing.*margin.margin = *typed;
         }
         constexpr double LeastRoom = 4;
-        if (page.left + page.right > paper.width() - LeastRoom || page.top + page.bottom > paper.height() - LeastRoom) {
+        if (printing.left + printing.right > paper.width() - LeastRoom ||
+            printing.top + printing.bottom > paper.height() - LeastRoom) {
           return "The margins leave no room on the page.";
         }
         return {};
       })) {
     return;
   }
-  setup.page = page;
-  setup.gridlines = form.IsChecked("gridlines");
-  setup.headings = form.IsChecked("headings");
+  printing.gridlines = form.IsChecked("gridlines");
+  printing.headings = form.IsChecked("headings");
+  book.SetSettingsOfSheet(settings);
 }
 
 }  // namespace tellurix

@@ -6,7 +6,7 @@ namespace tellurix {
 
 class GridView;
 class MainWindow;
-struct SheetPrintSetup;
+class Workbook;
 
 void FormatCells(MainWindow& main, GridView& grid);     // of the marked cells
 void DescribeColumn(MainWindow& main, GridView& grid);  // of the active cell
@@ -15,6 +15,6 @@ void EditPalette(MainWindow& main, GridView& grid);
 void EditSheetSettings(MainWindow& main, GridView& grid);
 void EditWorkbookOptions(MainWindow& main, GridView& grid);
 void PasteSpecial(MainWindow& main, GridView& grid);
-void EditPageSetup(MainWindow& main, SheetPrintSetup& setup);
+void EditPageSetup(MainWindow& main, Workbook& book);
 
 }  // namespace tellurix

@@ -40,9 +40,8 @@ std::vector<Strip> Strips(int first, int last, double room, SizeOf sizeOf) {
 
 class SheetPainter {
  public:
-  SheetPainter(const Workbook& workbook, const CellRange& range, const SheetPrintSetup& setup,
-               QPagedPaintDevice& device)
-      : workbook_(workbook), setup_(setup), device_(device), showsZeros_(workbook.SettingsOfSheet().showsZeros) {
+  SheetPainter(const Workbook& workbook, const CellRange& range, QPagedPaintDevice& device)
+      : workbook_(workbook), settings_(workbook.SettingsOfSheet()), device_(device) {
     scale_ = device.logicalDpiY() / (PointsToPixels(7200) / 100.0);
     font_ = DefaultFont(workbook);
     font_.setPointSizeF(font_.pointSizeF() / scale_);
@@ -50,7 +49,7 @@ class SheetPainter {
     lineHeight_ = metrics.height();
     digitWidth_ = metrics.horizontalAdvance(u'0');
     page_ = QSizeF(device.width() / scale_, device.height() / scale_);
-    if (setup.headings) {
+    if (settings_.printing.headings) {
       const auto digits = QString::number(range.lastRow).size();
       left_ = digitWidth_ * static_cast<double>(std::max<qsizetype>(3, digits)) + 2 * Padding;
       top_ = lineHeight_ + 4;
@@ -75,7 +74,7 @@ class SheetPainter {
     painter.setPen(Qt::black);
     painter.save();
     painter.setClipRect(QRectF(0, 0, page_.width(), page_.height() - 2 * lineHeight_ + 1));
-    if (setup_.headings) DrawHeadings(painter, rows, columns);
+    if (settings_.printing.headings) DrawHeadings(painter, rows, columns);
     painter.translate(left_, top_);
     for (std::size_t i = 0; i < rows.parts.size(); ++i) DrawRow(painter, rows, i, columns);
     painter.restore();
@@ -128,7 +127,7 @@ class SheetPainter {
       looks.push_back(AppearanceOf(look, font_));
       if (looks[i].fill.isValid()) painter.fillRect(QRectF(start, top, End(columns, i) - start, height), looks[i].fill);
     }
-    if (setup_.gridlines) {
+    if (settings_.printing.gridlines) {
       painter.setPen(QPen(QColor(190, 190, 190), LightestLine));
       for (std::size_t i = 0; i < columns.parts.size(); ++i) {
         const double start = columns.parts[i].second;
@@ -146,7 +145,7 @@ class SheetPainter {
     const CellAppearance& look = looks[at];
     const CellView view = workbook_.ReadRC(row, column);
     const int type = std::abs(view.type);
-    if (type == EmptyCell || (type == NumberCell && view.number == 0 && !showsZeros_)) return;
+    if (type == EmptyCell || (type == NumberCell && view.number == 0 && !settings_.showsZeros)) return;
     painter.setFont(look.font);
     painter.setPen(look.text.isValid() ? look.text : QColor(Qt::black));
     const QFontMetrics metrics(look.font, &device_);
@@ -180,9 +179,8 @@ class SheetPainter {
   }
 
   const Workbook& workbook_;
-  const SheetPrintSetup& setup_;
+  const SheetSettings& settings_;
   QPagedPaintDevice& device_;
-  bool showsZeros_;
   double scale_ = 1;  // pixels of the device in one of the screen
   QFont font_;
   QSizeF page_;
@@ -196,16 +194,27 @@ class SheetPainter {
 
 }  // namespace
 
-std::optional<CellRange> PrintedRange(const Workbook& workbook, const SheetPrintSetup& setup) {
-  const auto area = setup.areas.find(workbook.SheetName(workbook.Sheet()));
-  if (area != setup.areas.end()) return area->second;
+PageSetup PageOf(const SheetPrinting& printing) {
+  PageSetup page{.landscape = printing.isLandscape,
+                 .left = printing.left,
+                 .top = printing.top,
+                 .right = printing.right,
+                 .bottom = printing.bottom};
+  for (const QPageSize::PageSizeId size : PaperSizes) {
+    if (QPageSize::name(size).toStdString() == printing.paper) page.size = size;
+  }
+  return page;
+}
+
+std::optional<CellRange> PrintedRange(const Workbook& workbook) {
+  if (const auto& area = workbook.SettingsOfSheet().printing.area) return area;
   if (workbook.LastRow() == 0 || workbook.LastCol() == 0) return std::nullopt;
   return CellRange{1, 1, workbook.LastRow(), workbook.LastCol()};
 }
 
-int PrintSheet(const Workbook& workbook, const CellRange& range, const SheetPrintSetup& setup,
-               QPagedPaintDevice& device, PageRange pages, int mostPages, int* total) {
-  const SheetPainter sheet(workbook, range, setup, device);
+int PrintSheet(const Workbook& workbook, const CellRange& range, QPagedPaintDevice& device, PageRange pages,
+               int mostPages, int* total) {
+  const SheetPainter sheet(workbook, range, device);
   const int count = sheet.Pages();
   if (total) *total = count;
   QPainter painter;

@@ -27,9 +27,6 @@ WorksheetView::WorksheetView(Workbook& workbook, const Regional& regional, QWidg
   grid_->SetFormulaLine(formulaLine_);
   listener_ = workbook.AddListener([this](const WorkbookChange& change) {
     if (change.sheet == 0) FollowSettings();
-    if (change.kind == WorkbookChange::Kind::Sheets) {
-      std::erase_if(printSetup_.areas, [this](const auto& area) { return Book().FindSheet(area.first) == 0; });
-    }
   });
 
   auto* top = new QHBoxLayout;

@@ -5,7 +5,6 @@
 
 #include "desktop/GridView.h"
 #include "desktop/SheetLooks.h"
-#include "desktop/SheetPrinting.h"
 #include "desktop/WorksheetTabs.h"
 
 class QLineEdit;
@@ -25,7 +24,6 @@ class WorksheetView : public QWidget {
   WorksheetTabs* Tabs() const { return tabs_; }
   QLineEdit* NameBox() const { return nameBox_; }
   QLineEdit* FormulaLine() const { return formulaLine_; }
-  SheetPrintSetup& PrintSetup() { return printSetup_; }
 
   bool CommitEdit() { return grid_->CommitEdit(); }
   void SetSelecting(bool on);  // see GridView; sheets can still be chosen
@@ -47,7 +45,6 @@ class WorksheetView : public QWidget {
   WorksheetTabs* tabs_;
   QLineEdit* nameBox_;
   QLineEdit* formulaLine_;
-  SheetPrintSetup printSetup_;
   int listener_ = 0;
 };
 

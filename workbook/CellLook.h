@@ -74,12 +74,6 @@ class LookRuns {
   bool IsPlain() const { return runs_.empty(); }
   std::size_t RunCount() const { return runs_.size(); }
   bool operator==(const LookRuns&) const = default;
-  // Calls `tell` with the first row and the look of each run behind the plain rows at the top, in order.
-  template <typename Tell>
-  void ForEach(Tell tell) const {
-    for (const Run& run : runs_) tell(run.firstRow, run.look);
-  }
-
   // Calls visit(firstRow, look) for every run, downwards.
   template <typename Visit>
   void EachRun(Visit visit) const {

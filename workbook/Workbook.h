@@ -48,6 +48,21 @@ struct WorkbookChange {
   CellRange range;
 };
 
+// How a sheet prints.
+struct SheetPrinting {
+  std::string paper = "A4";  // or A3, A5, Letter, Legal
+  bool isLandscape = false;
+  double left = 2;  // margins in centimetres
+  double top = 2;
+  double right = 2;
+  double bottom = 2;
+  bool gridlines = true;
+  bool headings = true;           // of columns and rows
+  std::optional<CellRange> area;  // all that is used when there is none
+
+  bool operator==(const SheetPrinting&) const = default;
+};
+
 // Settings of one sheet. The lock is no more than LockSheet says; the others are for the view to heed.
 struct SheetSettings {
   int frozenRows = 0;  // that stay at the top
@@ -56,6 +71,7 @@ struct SheetSettings {
   bool showsGridlines = true;
   bool showsHeadings = true;
   bool showsZeros = true;
+  SheetPrinting printing;
   std::map<std::string, std::string> others;  // of a file, by key, that are not known here; saved as they were
 
   bool operator==(const SheetSettings&) const = default;

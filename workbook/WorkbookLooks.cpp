@@ -145,7 +145,7 @@ std::vector<Workbook::LookRun> Workbook::LooksDown(int column) const {
   const auto& runs = LookRunsAt(column);
   if (!runs || runs->At(1) == 0) looks.push_back({});
   if (runs) {
-    runs->ForEach([&](int firstRow, std::uint32_t look) { looks.push_back({firstRow, looks_[look]}); });
+    runs->EachRun([&](int firstRow, std::uint32_t look) { looks.push_back({firstRow, looks_[look]}); });
   }
   return looks;
 }

@@ -15,6 +15,7 @@
 #include "desktop/GridView.h"
 #include "desktop/MainWindow.h"
 #include "desktop/SheetLooks.h"
+#include "desktop/SheetPrinting.h"
 #include "desktop/WorksheetView.h"
 #include "shell/ProgramFolder.h"
 #include "tests/desktop/Driver.h"
@@ -381,14 +382,13 @@ TEST_F(SheetActions, StatusBarSumsTheMarkedNumbers) {
 TEST_F(SheetActions, PrintAreaPageSetupAndPreview) {
   for (int row = 1; row <= 300; ++row) book->NumberRC(row, 1, row);
   Mark(2, 1, 5, 2);
-  SheetPrintSetup& setup = main.ActiveWorksheet()->View().PrintSetup();
   Menu({"File", "Set Print Area"});
-  driver.Step("area", Free(), [this, &setup] {
-    EXPECT_EQ(PrintedRange(*book, setup), (CellRange{2, 1, 5, 2}));
+  driver.Step("area", Free(), [this] {
+    EXPECT_EQ(PrintedRange(*book), (CellRange{2, 1, 5, 2}));
     Click(1, 1);
   });
   Menu({"File", "Set Print Area"});
-  driver.Step("whole", Free(), [this, &setup] { EXPECT_EQ(PrintedRange(*book, setup), (CellRange{1, 1, 300, 1})); });
+  driver.Step("whole", Free(), [this] { EXPECT_EQ(PrintedRange(*book), (CellRange{1, 1, 300, 1})); });
   Menu({"File", "Page Setup"});
   driver.Step("page", DialogShown("Page Setup"), [] {
     Choose("orientation", "Landscape");
@@ -404,9 +404,9 @@ TEST_F(SheetActions, PrintAreaPageSetupAndPreview) {
   Menu({"File", "Print Preview"});
   driver.Step(
       "preview", [] { return qobject_cast<QPrintPreviewDialog*>(QApplication::activeModalWidget()); },
-      [&setup] {
-        EXPECT_TRUE(setup.page.landscape);
-        EXPECT_EQ(setup.page.left, 3);
+      [this] {
+        EXPECT_TRUE(book->SettingsOfSheet().printing.isLandscape);
+        EXPECT_EQ(book->SettingsOfSheet().printing.left, 3);
         QTest::qWait(100);
         Driver::Picture(QApplication::activeModalWidget(), "sheet-preview");
         QApplication::activeModalWidget()->close();

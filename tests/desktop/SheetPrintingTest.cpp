@@ -80,12 +80,11 @@ TEST(SheetPrinting, DividesTheSheetIntoPages) {
   for (int row = 1; row <= 100; ++row) {
     for (int column = 1; column <= 8; ++column) book.NumberRC(row, column, row * column);
   }
-  SheetPrintSetup setup;
-  const auto range = PrintedRange(book, setup);
+  const auto range = PrintedRange(book);
   ASSERT_EQ(range, (CellRange{1, 1, 100, 8}));
   PicturePages pages(1000, 1400);
   int total = 0;
-  const int drawn = PrintSheet(book, *range, setup, pages, {}, 0, &total);
+  const int drawn = PrintSheet(book, *range, pages, {}, 0, &total);
   EXPECT_EQ(drawn, total);
   EXPECT_EQ(pages.pages.size() + 1, static_cast<std::size_t>(total));
   // 100 rows of 15 points each, on pages of 1400 dots less headings and footer; likewise across.
@@ -95,12 +94,12 @@ TEST(SheetPrinting, DividesTheSheetIntoPages) {
   // Hidden rows take no room, and a range of pages is drawn alone.
   book.SetRowHeight(11, 100, 0);
   PicturePages fewer(1000, 1400);
-  EXPECT_EQ(PrintSheet(book, *range, setup, fewer, {}, 0, &total), 2);
+  EXPECT_EQ(PrintSheet(book, *range, fewer, {}, 0, &total), 2);
   EXPECT_EQ(total, 2);
-  EXPECT_EQ(PrintSheet(book, *range, setup, fewer, {2, 2}), 1);
+  EXPECT_EQ(PrintSheet(book, *range, fewer, {2, 2}), 1);
   book.SetRowHeight(1, 100, 0);
-  EXPECT_EQ(PrintSheet(book, *range, setup, fewer), 0);
-  EXPECT_EQ(PrintedRange(Workbook(), setup), std::nullopt);
+  EXPECT_EQ(PrintSheet(book, *range, fewer), 0);
+  EXPECT_EQ(PrintedRange(Workbook()), std::nullopt);
 }
 
 TEST(SheetPrinting, DrawsCellsAsTheyLook) {
@@ -115,9 +114,8 @@ TEST(SheetPrinting, DrawsCellsAsTheyLook) {
   look.textColour = 0x0000FF;
   look.bold = true;
   book.SetLook({1, 1, 1, 2}, look);
-  SheetPrintSetup setup;
   PicturePages pages(1200, 900);
-  ASSERT_EQ(PrintSheet(book, {1, 1, 6, 4}, setup, pages), 1);
+  ASSERT_EQ(PrintSheet(book, {1, 1, 6, 4}, pages), 1);
   const QImage page = pages.LastPage();
   if (const QString folder = qEnvironmentVariable("TELLURIX_PICTURES"); !folder.isEmpty()) {
     page.save(folder + "/sheet-printed.png");
@@ -129,12 +127,12 @@ TEST(SheetPrinting, DrawsCellsAsTheyLook) {
   EXPECT_FALSE(Has(page, {0, 820, 400, 80}, Qt::black));
 
   // Without lines, headings and zeros there is less.
-  setup.gridlines = setup.headings = false;
   SheetSettings settings = book.SettingsOfSheet();
+  settings.printing.gridlines = settings.printing.headings = false;
   settings.showsZeros = false;
   book.SetSettingsOfSheet(settings);
   PicturePages bare(1200, 900);
-  ASSERT_EQ(PrintSheet(book, {1, 1, 6, 4}, setup, bare), 1);
+  ASSERT_EQ(PrintSheet(book, {1, 1, 6, 4}, bare), 1);
   EXPECT_LT(DarkRows(bare.LastPage()), DarkRows(page));
   EXPECT_EQ(bare.LastPage().pixelColor(4, 4), QColor(Qt::yellow));  // the first cell stands in the corner
 }
@@ -142,13 +140,14 @@ TEST(SheetPrinting, DrawsCellsAsTheyLook) {
 TEST(SheetPrinting, FitsThePaper) {
   Workbook book;
   for (int row = 1; row <= 200; ++row) book.NumberRC(row, 1, row);
-  SheetPrintSetup setup;
   QTemporaryDir folder;
   const auto pagesOn = [&](bool landscape) {
     QPdfWriter writer(folder.filePath("sheet.pdf"));
-    setup.page.landscape = landscape;
-    writer.setPageLayout(ToPageLayout(setup.page));
-    return PrintSheet(book, {1, 1, 200, 1}, setup, writer);
+    SheetSettings settings = book.SettingsOfSheet();
+    settings.printing.isLandscape = landscape;
+    book.SetSettingsOfSheet(settings);
+    writer.setPageLayout(ToPageLayout(PageOf(settings.printing)));
+    return PrintSheet(book, {1, 1, 200, 1}, writer);
   };
   // A4 less 2 cm at each end holds 728 points of height, 481 of them lying; 15 a row, about 3 for headings and footer.
   EXPECT_EQ(pagesOn(false), (200 + 44) / 45);

@@ -61,6 +61,10 @@ inline std::string Dump(const Workbook& workbook) {
     const SheetSettings& s = book.Settings(sheet);
     text += "sheet " + book.Name(sheet) + " " + std::to_string(s.frozenRows) + " " + std::to_string(s.frozenColumns);
     for (const bool is : {s.isLocked, s.showsGridlines, s.showsHeadings, s.showsZeros}) text += is ? " 1" : " 0";
+    const SheetPrinting& p = s.printing;
+    text += " " + p.paper + (p.isLandscape ? " 1" : " 0") + (p.gridlines ? " 1" : " 0") + (p.headings ? " 1" : " 0") +
+            (p.area ? " " + RangeText(*p.area) : "");
+    for (const double margin : {p.left, p.top, p.right, p.bottom}) text += " " + std::to_string(margin);
     others(s.others);
     for (const CellRange& range : book.Selection(sheet)) text += RangeText(range) + " ";
     text += std::to_string(book.ActiveRow(sheet)) + " " + std::to_string(book.ActiveColumn(sheet)) + "\n";
@@ -132,8 +136,10 @@ inline void FillSample(Workbook& book, int rows = 300) {
   book.SetActiveCell(4, 3);
   SheetSettings settings = book.SettingsOfSheet();
   settings.frozenRows = 1;
+  settings.printing = {
+      .paper = "Letter", .isLandscape = true, .left = 1.25, .gridlines = false, .area = CellRange{2, 1, 9, 3}};
   settings.showsZeros = false;
-  settings.others["print_area"] = "A1:C9";
+  settings.others["zoom"] = "A1:C9";
   book.SetSettingsOfSheet(settings);
   book.LockSheet(true);
   WorkbookSettings all = book.Settings();

@@ -51,6 +51,7 @@ std::string AsText(bool value) { return value ? "1" : "0"; }
 std::string AsText(int value) { return std::to_string(value); }
 std::string AsText(double value) { return fmt::format("{}", value); }
 std::string AsText(const std::string& value) { return value; }
+std::string AsText(const std::optional<CellRange>& range) { return range ? RangeText(*range) : std::string(); }
 std::string AsText(const std::array<int, 16>& colours) {
   std::string text;
   for (const int colour : colours) text += fmt::format("{}{:06X}", text.empty() ? "" : " ", colour);
@@ -77,6 +78,14 @@ bool FromText(std::string_view text, double& value) {
   value = read;
   return true;
 }
+bool FromText(std::string_view text, std::optional<CellRange>& range) {
+  CellRange read;
+  range.reset();
+  if (text.empty()) return true;
+  if (!ReadRange(text, read)) return false;
+  range = read;
+  return true;
+}
 bool FromText(std::string_view text, std::string& value) {
   value = text;
   return true;
@@ -98,6 +107,16 @@ void EachSheetSetting(Settings& settings, Visit visit) {
   visit("gridlines", settings.showsGridlines);
   visit("headings", settings.showsHeadings);
   visit("zeros", settings.showsZeros);
+  auto& printing = settings.printing;
+  visit("print_paper", printing.paper);
+  visit("print_landscape", printing.isLandscape);
+  visit("print_left", printing.left);
+  visit("print_top", printing.top);
+  visit("print_right", printing.right);
+  visit("print_bottom", printing.bottom);
+  visit("print_gridlines", printing.gridlines);
+  visit("print_headings", printing.headings);
+  visit("print_area", printing.area);
 }
 
 template <typename Settings, typename Visit>
