@@ -47,7 +47,11 @@ std::string_view WithoutTrailingBlanks(std::string_view bytes) {
 bool EndsInParagraphMark(std::string_view rtf) {
   rtf = WithoutTrailingBlanks(rtf);
   while (rtf.ends_with('}')) rtf = WithoutTrailingBlanks(rtf.substr(0, rtf.size() - 1));
-  return rtf.ends_with("\\par");
+  if (!rtf.ends_with("\\par")) return false;
+  // After another backslash it is a backslash that is text.
+  rtf.remove_suffix(3);
+  const auto text = rtf.find_last_not_of('\\');
+  return (rtf.size() - (text == std::string_view::npos ? 0 : text + 1)) % 2 == 1;
 }
 
 // Rich text whose last paragraph has a mark only if asked for.

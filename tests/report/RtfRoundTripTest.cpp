@@ -2,134 +2,17 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <random>
 #include <string>
 
 #include "report/RichText.h"
+#include "tests/RandomRichText.h"
 
 namespace tellurix {
 namespace {
 
-class Dice {
- public:
-  explicit Dice(unsigned seed) : engine_(seed) {}
-
-  int Below(int count) { return static_cast<int>(engine_() % static_cast<unsigned>(count)); }
-  bool Once(int in) { return Below(in) == 0; }
-  template <typename T>
-  T Of(std::initializer_list<T> values) {
-    return values.begin()[Below(static_cast<int>(values.size()))];
-  }
-
- private:
-  std::mt19937 engine_;
-};
-
-CharFormat RandomFormat(Dice& dice) {
-  CharFormat format;
-  if (dice.Once(2)) return format;
-  format.font = dice.Of<const char*>({"Arial", "Times New Roman", "Courier", "Überschrift"});
-  format.halfPoints = dice.Of({20, 21, 1, 3276, 48});
-  format.bold = dice.Once(3);
-  format.italic = dice.Once(3);
-  format.underline = dice.Once(4);
-  format.strike = dice.Once(5);
-  format.script = dice.Of({Script::None, Script::None, Script::Sub, Script::Super});
-  format.colour = dice.Of({0U, 0U, 0xFF0000U, 0x123456U, 0xFFFFFFU});
-  format.hidden = dice.Once(5);
-  return format;
-}
-
-std::string RandomText(Dice& dice) {
-  std::string text;
-  for (int left = 1 + dice.Below(8); left > 0; --left) {
-    text += dice.Of<const char*>(
-        {"a",        " ", "  ",           "word",         "\\",     "{",     "}",    "\t", "\n",
-         ";",        "?", "1.5",          "-7",           "β",      "é",     "日",   "😀",  "\xC2\xA0",
-         "\xC2\xAD", "‑", "\xEF\x81\xA1", "\xEF\xBF\xBD", "/h/12/", "\\'e9", "\\par"});
-  }
-  return text;
-}
-
-std::shared_ptr<const PictureGroup> RandomPicture(Dice& dice) {
-  PictureGroup picture;
-  picture.kind = dice.Of<const char*>({"wmetafile8", "emfblip", "pngblip", "jpegblip", ""});
-  for (int left = dice.Below(40); left > 0; --left) picture.bytes += static_cast<char>(dice.Below(256));
-  picture.width = dice.Below(5000);
-  picture.goalHeight = dice.Below(5000);
-  if (dice.Once(3)) picture.scaleY = dice.Below(300);
-  return std::make_shared<const PictureGroup>(std::move(picture));
-}
-
-Paragraph RandomParagraph(Dice& dice) {
-  Paragraph paragraph;
-  for (int left = dice.Below(5); left > 0; --left) {
-    Run run;
-    run.format = RandomFormat(dice);
-    if (dice.Once(8)) {
-      run.picture = RandomPicture(dice);
-    } else {
-      // Neighbours of one format would be read as one run.
-      if (!paragraph.runs.empty() && !paragraph.runs.back().picture && paragraph.runs.back().format == run.format)
-        continue;
-      run.text = RandomText(dice);
-    }
-    paragraph.runs.push_back(std::move(run));
-  }
-  ParagraphFormat& format = paragraph.format;
-  format.alignment = dice.Of({Alignment::Left, Alignment::Centre, Alignment::Right, Alignment::Justify});
-  if (dice.Once(3)) format.leftIndent = dice.Below(2000) - 500;
-  if (dice.Once(5)) format.rightIndent = dice.Below(2000);
-  if (dice.Once(5)) format.firstIndent = dice.Below(2000) - 1000;
-  if (dice.Once(5)) format.spaceBefore = dice.Below(300);
-  if (dice.Once(5)) format.spaceAfter = dice.Below(300);
-  format.keepWithNext = dice.Once(4);
-  for (int left = dice.Once(3) ? dice.Below(4) : 0; left > 0; --left) {
-    TabStop tab{dice.Below(9000), dice.Of({Alignment::Left, Alignment::Centre, Alignment::Right}), dice.Once(4)};
-    if (tab.decimal) tab.alignment = Alignment::Left;
-    format.tabs.push_back(tab);
-  }
-  return paragraph;
-}
-
-Table RandomTable(Dice& dice) {
-  Table table;
-  for (int rows = 1 + dice.Below(4); rows > 0; --rows) {
-    TableRow row;
-    row.leftEdge = dice.Below(300) - 108;
-    row.cellGap = dice.Below(200);
-    row.alignment = dice.Of({Alignment::Left, Alignment::Centre, Alignment::Right});
-    row.header = dice.Once(4);
-    int edge = row.leftEdge;
-    for (int cells = 1 + dice.Below(4); cells > 0; --cells) {
-      TableCell cell;
-      for (int left = 1 + (dice.Once(4) ? dice.Below(3) : 0); left > 0; --left)
-        cell.paragraphs.push_back(RandomParagraph(dice));
-      cell.rightEdge = edge += dice.Below(3000);
-      cell.borders = {dice.Of({0, 0, 15, 20}), dice.Of({0, 10}), dice.Of({0, 0, 5}), dice.Of({0, 0, 75})};
-      row.cells.push_back(std::move(cell));
-    }
-    table.rows.push_back(std::move(row));
-  }
-  return table;
-}
-
-RichText RandomDocument(unsigned seed) {
-  Dice dice(seed);
-  RichText document;
-  for (int left = dice.Below(7); left > 0; --left) {
-    if (dice.Once(3)) {
-      document.blocks.emplace_back(RandomTable(dice));
-    } else {
-      document.blocks.emplace_back(RandomParagraph(dice));
-    }
-  }
-  return document;
-}
-
 TEST(RtfRoundTrip, ReadingWhatWasWrittenGivesTheSameDocument) {
   for (unsigned seed = 0; seed < 1000; ++seed) {
-    const RichText document = RandomDocument(seed);
+    const RichText document = RandomReport(seed);
     const std::string bytes = WriteRtf(document);
     ASSERT_EQ(bytes.back(), '}');
     const auto read = ReadRtf(bytes);
@@ -139,8 +22,8 @@ TEST(RtfRoundTrip, ReadingWhatWasWrittenGivesTheSameDocument) {
 }
 
 TEST(RtfRoundTrip, AFragmentOfADocumentMayBeAppended) {
-  RichText whole = RandomDocument(3);
-  const RichText second = RandomDocument(4);
+  RichText whole = RandomReport(3);
+  const RichText second = RandomReport(4);
   const std::size_t blocks = whole.blocks.size() + second.blocks.size();
   whole.Append(ReadRtf(WriteRtf(second)).value());
   EXPECT_EQ(whole.blocks.size(), blocks);
@@ -184,7 +67,7 @@ std::vector<std::string> Samples() {
       "p{\\*\\shppict{\\pict{\\*\\picprop}\\pngblip\\picw9\\pich9\\picwgoal99\\pichgoal99\n0102ff}}{\\nonshppict{"
       "\\pict 00}}"
       "{\\pict\\wmetafile8\\bin5 {}\\{z}\\uc2\\u8364 ab{\\upr{a}{\\*\\ud{b}}}q\\par}"};
-  for (unsigned seed = 0; seed < 5; ++seed) samples.push_back(WriteRtf(RandomDocument(seed + 100)));
+  for (unsigned seed = 0; seed < 5; ++seed) samples.push_back(WriteRtf(RandomReport(seed + 100)));
   return samples;
 }
 
