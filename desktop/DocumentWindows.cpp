@@ -108,6 +108,7 @@ ReportForm::ReportForm(MainWindow& main, Report& report) : DocumentWindow(main),
   resize(760, 520);
   view_->SetReport(report);
   view_->SetPage(PageOf(main.DesktopSession().settings));
+  SetStartIndents(*view_, main.DesktopSession().settings);
   connect(view_, &ReportView::HelpRequested, this, [this](int topic) { main_.ShowHelp(topic); });
   connect(view_, &ReportView::Edited, this, [this] { UpdateTitle(); });
   connect(view_->document(), &QTextDocument::contentsChanged, this, [this] { UpdateTitle(); });

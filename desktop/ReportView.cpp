@@ -191,6 +191,17 @@ void ReportView::SetReport(Report& report) {
   Reload();
 }
 
+void ReportView::SetStartIndents(int left, int first, int right) {
+  if (!document()->isEmpty()) return;
+  ParagraphFormat format;
+  format.leftIndent = left;
+  format.firstIndent = first;
+  format.rightIndent = right;
+  loading_ = true;
+  QTextCursor(document()).setBlockFormat(ToQtFormat(format));
+  loading_ = false;
+}
+
 void ReportView::ForgetReport() {
   if (report_ == nullptr) return;
   Commit();
@@ -443,54 +454,89 @@ QMimeData* ReportView::createMimeDataFromSelection() const {
   return new SelectionData(std::move(text), endsInMark);
 }
 
+namespace {
+
+struct PastedText {
+  RichText text;
+  bool endsInMark = false;
+};
+
+// What was cut short is better read as plain words, if there are any: then nothing.
+std::optional<PastedText> PastedRtf(const QMimeData& source) {
+  for (const QString& type : RtfTypes()) {
+    if (!source.hasFormat(type)) continue;
+    const std::string bytes = source.data(type).toStdString();
+    const bool whole = WithoutTrailingBlanks(bytes).ends_with('}');
+    auto text = ReadRtf(bytes);
+    if (!text || text->blocks.empty()) continue;
+    const bool isPoor = !whole || (text->IsEmpty() && !source.text().trimmed().isEmpty());
+    if (source.hasText() && isPoor) return std::nullopt;
+    return PastedText{std::move(*text), EndsInParagraphMark(bytes)};
+  }
+  return std::nullopt;
+}
+
+std::optional<PastedText> PastedHtml(const QMimeData& source) {
+  if (!source.hasHtml()) return std::nullopt;
+  PastedText pasted{FromHtml(source.html())};
+  if (pasted.text.IsEmpty()) return std::nullopt;
+  return pasted;
+}
+
+std::optional<PastedText> PastedPicture(const QMimeData& source) {
+  auto picture = source.hasImage() ? FromImage(qvariant_cast<QImage>(source.imageData())) : nullptr;
+  if (!picture) return std::nullopt;
+  PastedText pasted;
+  pasted.text.blocks.emplace_back(Paragraph{{Run{"", {}, std::move(picture)}}, {}});
+  return pasted;
+}
+
+QString PastedWords(const QMimeData& source) {
+  QString plain = source.text();
+  for (const char16_t mark : {char16_t(QChar::ObjectReplacementCharacter), u'\uFDD0', u'\uFDD1', u'\0'}) {
+    plain.remove(QChar(mark));
+  }
+  return plain;
+}
+
+}  // namespace
+
 bool ReportView::canInsertFromMimeData(const QMimeData* source) const {
   const auto has = [&](const QString& type) { return source->hasFormat(type); };
   return std::any_of(RtfTypes().begin(), RtfTypes().end(), has) || source->hasHtml() || source->hasText() ||
          source->hasImage();
 }
 
-void ReportView::insertFromMimeData(const QMimeData* source) {
-  if (isReadOnly()) return;
+std::vector<PasteForm> ReportView::PasteForms(const QMimeData& source) {
+  std::vector<PasteForm> forms;
+  if (PastedRtf(source)) forms.push_back(PasteForm::RichText);
+  if (PastedHtml(source)) forms.push_back(PasteForm::Html);
+  if (PastedPicture(source)) forms.push_back(PasteForm::Picture);
+  if (source.hasText()) forms.push_back(PasteForm::PlainText);
+  return forms;
+}
+
+bool ReportView::PasteAs(PasteForm form, const QMimeData& source) {
+  if (isReadOnly()) return false;
   QTextCursor cursor = textCursor();
-  const auto insert = [&](const RichText& text, bool endsInMark) {
-    InsertRichText(cursor, text, endsInMark);
-    setTextCursor(cursor);
-    ensureCursorVisible();
-  };
-  for (const QString& type : RtfTypes()) {
-    if (!source->hasFormat(type)) continue;
-    const std::string bytes = source->data(type).toStdString();
-    // What was cut short is better read as plain words, if there are any.
-    const bool whole = WithoutTrailingBlanks(bytes).ends_with('}');
-    const auto text = ReadRtf(bytes);
-    if (!text || text->blocks.empty()) continue;
-    if (source->hasText() && (!whole || (text->IsEmpty() && !source->text().trimmed().isEmpty()))) break;
-    insert(*text, EndsInParagraphMark(bytes));
-    return;
+  if (form == PasteForm::PlainText) {
+    if (!source.hasText()) return false;
+    cursor.insertText(PastedWords(source));
+  } else {
+    const auto pasted = form == PasteForm::RichText ? PastedRtf(source)
+                        : form == PasteForm::Html   ? PastedHtml(source)
+                                                    : PastedPicture(source);
+    if (!pasted) return false;
+    InsertRichText(cursor, pasted->text, pasted->endsInMark);
   }
-  if (source->hasHtml()) {
-    if (const RichText text = FromHtml(source->html()); !text.IsEmpty()) {
-      insert(text, false);
-      return;
-    }
-  }
-  if (source->hasImage()) {
-    if (auto picture = FromImage(qvariant_cast<QImage>(source->imageData()))) {
-      RichText text;
-      text.blocks.emplace_back(Paragraph{{Run{"", {}, std::move(picture)}}, {}});
-      insert(text, false);
-      return;
-    }
-  }
-  if (source->hasText()) {
-    QString plain = source->text();
-    plain.remove(QChar::ObjectReplacementCharacter);
-    plain.remove(QChar(0xFDD0));
-    plain.remove(QChar(0xFDD1));
-    plain.remove(QChar::Null);
-    cursor.insertText(plain);
-    setTextCursor(cursor);
-    ensureCursorVisible();
+  setTextCursor(cursor);
+  ensureCursorVisible();
+  return true;
+}
+
+void ReportView::insertFromMimeData(const QMimeData* source) {
+  for (const PasteForm form : {PasteForm::RichText, PasteForm::Html, PasteForm::Picture, PasteForm::PlainText}) {
+    if (PasteAs(form, *source)) return;
   }
 }
 

@@ -16,6 +16,8 @@ namespace tellurix {
 
 class ReportFindBar;
 
+enum class PasteForm { RichText, Html, Picture, PlainText };  // the richest first
+
 // Hidden text takes no room in the view and the caret stands only behind it, so that what is typed at the start of a
 // result belongs to that result. Backspace goes past hidden text; it goes only with a selection that holds it.
 class ReportView : public QTextEdit {
@@ -59,6 +61,13 @@ class ReportView : public QTextEdit {
   void SetTabStops(const std::vector<TabStop>& tabs);  // of the selected paragraphs
 
   bool canInsertFromMimeData(const QMimeData* source) const override;
+  // The forms in which something can be pasted. Pasting takes the first one, PasteAs the one that is named; false when
+  // it is not there or the report is read-only.
+  static std::vector<PasteForm> PasteForms(const QMimeData& source);
+  bool PasteAs(PasteForm form, const QMimeData& source);
+
+  // How what is typed into a report without contents stands, in twips.
+  void SetStartIndents(int left, int first, int right);
 
  public slots:
   void SetFamily(const QString& family);

@@ -204,7 +204,6 @@ void AddWorksheetEntries(MainWindow& main, WindowActions& on) {
   on["M_Lock_Sheet"] = onGrid([&main](GridView& grid) { LockOrUnlock(main, grid); });
   on["M_Sheet_Settings"] = onGrid([&main](GridView& grid) { EditSheetSettings(main, grid); });
   on["M_Workbook_Options"] = onGrid([&main](GridView& grid) { EditWorkbookOptions(main, grid); });
-  on["M_Paste_Special"] = onGrid([&main](GridView& grid) { PasteSpecial(main, grid); });
   on["M_Print_Area"] = {[&main] {
                           if (WorksheetForm* sheet = main.ActiveWorksheet()) SetPrintArea(main, *sheet);
                         },

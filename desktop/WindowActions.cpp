@@ -1,6 +1,7 @@
 #include "desktop/WindowActions.h"
 
 #include <QApplication>
+#include <QClipboard>
 #include <QColorDialog>
 #include <QDateTime>
 #include <QFontDialog>
@@ -15,6 +16,7 @@
 #include "desktop/ReportFindBar.h"
 #include "desktop/ReportView.h"
 #include "desktop/SheetActions.h"
+#include "desktop/SheetForms.h"
 #include "desktop/WorksheetView.h"
 #include "numeric/Text.h"
 #include "session/Skeleton.h"
@@ -75,6 +77,22 @@ void AddFileEntries(MainWindow& main, WindowActions& on) {
   on["M_Exit"] = {[&main] { main.close(); }};
 }
 
+// Asks in which of the forms that the clipboard holds it is pasted into a report.
+void PasteIntoReport(MainWindow& main, ReportView& view) {
+  const QMimeData* source = QApplication::clipboard()->mimeData();
+  const auto forms = source ? ReportView::PasteForms(*source) : std::vector<PasteForm>();
+  if (forms.empty()) return main.Refuse("There is nothing to paste.");
+  constexpr const char* names[] = {"Formatted text (RTF)", "Formatted text (HTML)", "Picture", "Unformatted text"};
+  std::vector<std::string> rows;
+  for (const PasteForm form : forms) rows.emplace_back(names[static_cast<int>(form)]);
+  Form form("PasteSpecial", "Paste Special");
+  form.AddList("as", "Paste &as:", rows, 0);
+  form.AddButton("ok", "OK", ButtonRole::Default);
+  form.AddButton("cancel", "Cancel", ButtonRole::Cancel);
+  if (!main.DesktopSession().host.RunForm(form)) return;
+  view.PasteAs(forms[static_cast<std::size_t>(std::max(0, form.IndexOf("as")))], *source);
+}
+
 // Entries that worksheets and reports share: on whichever is in front.
 void AddEditEntries(MainWindow& main, WindowActions& on) {
   const auto either = [&main](auto onGrid, auto onReport) {
@@ -90,6 +108,8 @@ void AddEditEntries(MainWindow& main, WindowActions& on) {
   on["M_Cut"] = either([](GridView& grid) { grid.Cut(); }, [](ReportView& view) { view.cut(); });
   on["M_Copy"] = either([](GridView& grid) { grid.Copy(); }, [](ReportView& view) { view.copy(); });
   on["M_Paste"] = either([](GridView& grid) { grid.Paste(); }, [](ReportView& view) { view.paste(); });
+  on["M_Paste_Special"] = either([&main](GridView& grid) { PasteSpecial(main, grid); },
+                                 [&main](ReportView& view) { PasteIntoReport(main, view); });
   on["M_Clear"] =
       either([](GridView& grid) { grid.Clear(); }, [](ReportView& view) { view.textCursor().removeSelectedText(); });
   on["M_Undo"] = either([](GridView& grid) { grid.Undo(); }, [](ReportView& view) { view.undo(); });
@@ -139,7 +159,9 @@ void AddReportEntries(MainWindow& main, WindowActions& on) {
   on["M_Report_Import_Text"] = onReport([&main](ReportView& view) { ImportText(main, view); });
   on["M_Report_Defaults"] = onReport([&main](ReportView& view) {
     Session& session = main.DesktopSession();
-    if (ReportDefaults(session)) view.SetPage(PageOf(session.settings, view.Page()));
+    if (!ReportDefaults(session)) return;
+    view.SetPage(PageOf(session.settings, view.Page()));
+    SetStartIndents(view, session.settings);
   });
   on["M_Report_Select_All"] = onReport([](ReportView& view) { view.selectAll(); });
   on["M_Report_Insert_Date"] = onReport([](ReportView& view) {

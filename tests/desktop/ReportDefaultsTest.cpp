@@ -24,7 +24,7 @@ struct Answered {
   bool accepted = false;
 };
 
-TEST(ReportDefaults, KeepsMarginsInEitherUnit) {
+TEST(ReportDefaults, KeepsLengthsInEitherUnit) {
   Answered cancelled("cancel\n");
   EXPECT_FALSE(cancelled.accepted);
   EXPECT_EQ(PageOf(cancelled.settings), PageSetup());  // 2 cm on every side
@@ -41,6 +41,23 @@ TEST(ReportDefaults, KeepsMarginsInEitherUnit) {
   EXPECT_EQ(PageOf(inches.settings).left, 2.54);
   EXPECT_NEAR(PageOf(inches.settings).right, 2, 0.01);
   EXPECT_EQ(inches.settings.GetIniValue("Report", "Units", ""), "1");
+
+  // An empty report takes the indents, one with contents keeps its own.
+  Answered indents("set \"Indent left\" 1\nset \"Hanging indent\" 0.5\nset \"Indent right\" 2\npress OK\n");
+  EXPECT_TRUE(indents.accepted) << indents.host.Failure();
+  Report report;
+  ReportView view;
+  view.SetReport(report);
+  SetStartIndents(view, indents.settings);
+  view.textCursor().insertText("typed");
+  view.Commit();
+  const ParagraphFormat& typed = std::get<Paragraph>(report.text.blocks.front()).format;
+  EXPECT_EQ(typed.leftIndent, 850);  // 1.5 cm in twips
+  EXPECT_EQ(typed.firstIndent, -283);
+  EXPECT_EQ(typed.rightIndent, 1134);
+  SetStartIndents(view, Answered("cancel\n").settings);
+  view.Commit();
+  EXPECT_EQ(std::get<Paragraph>(report.text.blocks.front()).format.rightIndent, 1134);
 
   // What is no margin is refused, and the form stays open.
   Answered refused(

@@ -250,6 +250,31 @@ TEST_F(ReportViewTest, TheClipboardHoldsRichTextHtmlAndWords) {
   EXPECT_FALSE(data->text().contains("/h/"));
 }
 
+TEST_F(ReportViewTest, PastesInTheFormThatIsAskedFor) {
+  QMimeData data;
+  data.setData("text/rtf", "{\\rtf1 {\\b bold} words}");
+  data.setHtml("<i>slanted words</i>");
+  data.setText("plain words");
+  using Forms = std::vector<PasteForm>;
+  EXPECT_EQ(ReportView::PasteForms(data), (Forms{PasteForm::RichText, PasteForm::Html, PasteForm::PlainText}));
+  const auto pasted = [&](PasteForm form) {
+    Show(RichText());
+    EXPECT_TRUE(view.PasteAs(form, data));
+    return std::get<Paragraph>(Committed().blocks.at(0)).runs;
+  };
+  const auto rich = pasted(PasteForm::RichText);
+  ASSERT_EQ(rich.size(), 2u);
+  EXPECT_TRUE(rich[0].format.bold && rich[0].text == "bold" && !rich[1].format.bold && rich[1].text == " words");
+  const auto html = pasted(PasteForm::Html);
+  ASSERT_EQ(html.size(), 1u);
+  EXPECT_TRUE(html[0].format.italic && html[0].text == "slanted words");
+  const auto plain = pasted(PasteForm::PlainText);
+  ASSERT_EQ(plain.size(), 1u);
+  EXPECT_TRUE(plain[0].format == CharFormat() && plain[0].text == "plain words");
+  EXPECT_FALSE(view.PasteAs(PasteForm::Picture, data));
+  EXPECT_TRUE(ReportView::PasteForms(QMimeData()).empty());
+}
+
 TEST_F(ReportViewTest, CellsOfATableAreCopiedAsATable) {
   Show(SampleResult());
   QTextTable* table = qobject_cast<QTextTable*>(view.document()->rootFrame()->childFrames().front());
