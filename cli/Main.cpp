@@ -1,4 +1,4 @@
-// tellurix-cli: plays scripts, verifies the validation scripts, lists the commands.
+// tellurix-cli: plays scripts, verifies the validation scripts, lists the commands, converts workbooks.
 
 #include <fmt/format.h>
 
@@ -15,6 +15,7 @@
 #include "shell/ProgramFolder.h"
 #include "shell/ResultsJson.h"
 #include "shell/ScriptPlayer.h"
+#include "workbook/files/WorkbookFiles.h"
 
 namespace {
 
@@ -107,6 +108,21 @@ int Verify(const fs::path& target, const fs::path& program) {
   return failed == 0 && passed > 0 ? 0 : 1;
 }
 
+// A workbook from one format to another, the second one by its extension.
+int Convert(const fs::path& from, const fs::path& to) {
+  const auto type = WorkbookTypeOf(to);
+  if (!type) return Fail(fmt::format("{}: the extension stands for no kind of workbook", to.string()));
+  Workbook workbook;
+  std::string problem;
+  if (!ReadWorkbookFile(from, workbook, Regional(), {}, problem)) {
+    return Fail(fmt::format("{} could not be read. {}", from.string(), problem));
+  }
+  if (!WriteWorkbookFile(workbook, to, *type, problem)) {
+    return Fail(fmt::format("Error saving {}: {}", to.string(), problem));
+  }
+  return 0;
+}
+
 int ListCommands() {
   for (const MenuEntry& entry : CommandTable()) {
     fmt::print("{}\t{}\t{}\n", entry.path, entry.name, entry.command ? "ready" : "-");
@@ -136,8 +152,14 @@ int main(int argc, char** argv) {
 
   CLI::App* commandsCommand = app.add_subcommand("commands", "list the menu tree");
 
+  std::string from, to;
+  CLI::App* convertCommand = app.add_subcommand("convert", "write a workbook as a file of another kind");
+  convertCommand->add_option("IN", from, "a workbook: tlw, xls, xlsx, ods, gnumeric, csv, tab")->required();
+  convertCommand->add_option("OUT", to, "the file to write: tlw, xls, xlsx, csv, tab, htm")->required();
+
   CLI11_PARSE(app, argc, argv);
   if (commandsCommand->parsed()) return ListCommands();
+  if (convertCommand->parsed()) return Convert(from, to);
 
   const auto program = FindProgramFolder();
   if (!program) return Fail("Tellurix files are not properly installed: no Template folder was found");

@@ -13,10 +13,15 @@ namespace fs = std::filesystem;
 
 // From the ground up. The commands stand side by side on one level and never include one another.
 const std::vector<std::vector<std::string>> Levels{
-    {"kernel"},   {"numeric"},
-    {"host"},     {"report"},
-    {"workbook"}, {"workbook/files"},
-    {"graphics"}, {"session"},
+    {"kernel"},
+    {"numeric"},
+    {"host"},
+    {"report"},
+    {"workbook"},
+    {"workbook/files"},
+    {"workbook/files/foreign"},
+    {"graphics"},
+    {"session"},
     {"workbook/data", "graphics/plots", "classical", "models", "epidemiology"},
     {"shell"},
     {"cli", "desktop"}};

@@ -437,6 +437,12 @@ void Workbook::Enter(int row, int column, std::string_view text, const Regional&
   TextRC(row, column, text);
 }
 
+FormulaResult Workbook::Compute(std::string_view formula) const {
+  const FormulaCode code(formula);
+  code.Resolve(*cells_, active_);
+  return code.Evaluate(*cells_);
+}
+
 std::string Workbook::FormulaText(int row, int column) const {
   const CellColumn* cells = ColumnAt(row, column);
   const Formula* formula = cells ? cells->FormulaAt(row) : nullptr;

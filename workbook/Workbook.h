@@ -124,6 +124,8 @@ class Workbook final : public GridStore {
   void Enter(int row, int column, std::string_view text, const Regional& regional);
   // A formula with the result that it is known to have, which stays until something that it refers to changes.
   void SetFormula(int row, int column, std::string_view formula, const FormulaResult& result);
+  // What a formula on the active sheet comes to with the cells as they stand.
+  FormulaResult Compute(std::string_view formula) const;
   std::string FormulaText(int row, int column) const;  // empty where there is none
   bool IsError(int row, int column) const;             // a formula with an error for its result
 

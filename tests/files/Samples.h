@@ -40,7 +40,9 @@ inline std::string FileBytes(const std::filesystem::path& path) {
   return {std::istreambuf_iterator<char>(in), {}};
 }
 
+// As a new file: some file systems sync one that is cut off and written again.
 inline void PutFile(const std::filesystem::path& path, const std::string& bytes) {
+  std::filesystem::remove(path);
   std::ofstream(path, std::ios::binary) << bytes;
 }
 

@@ -310,7 +310,7 @@ bool DecodeCells(std::string_view bytes, int slot, int firstRow, Workbook& workb
 }
 
 bool Compress(std::string_view bytes, std::string& compressed) {
-  static const std::unique_ptr<ZSTD_CCtx, decltype(&ZSTD_freeCCtx)> context(ZSTD_createCCtx(), ZSTD_freeCCtx);
+  thread_local const std::unique_ptr<ZSTD_CCtx, decltype(&ZSTD_freeCCtx)> context(ZSTD_createCCtx(), ZSTD_freeCCtx);
   if (!context || bytes.size() > LargestChunk) return false;
   ZSTD_CCtx_setParameter(context.get(), ZSTD_c_compressionLevel, CompressionLevel);
   ZSTD_CCtx_setParameter(context.get(), ZSTD_c_checksumFlag, 1);
@@ -323,7 +323,7 @@ bool Compress(std::string_view bytes, std::string& compressed) {
 }
 
 bool Decompress(std::string_view compressed, std::string& bytes) {
-  static const std::unique_ptr<ZSTD_DCtx, decltype(&ZSTD_freeDCtx)> context(ZSTD_createDCtx(), ZSTD_freeDCtx);
+  thread_local const std::unique_ptr<ZSTD_DCtx, decltype(&ZSTD_freeDCtx)> context(ZSTD_createDCtx(), ZSTD_freeDCtx);
   const unsigned long long size = ZSTD_getFrameContentSize(compressed.data(), compressed.size());
   if (!context || size > LargestChunk) return false;  // the marks of unknown and of errors are larger too
   bytes.resize(size);

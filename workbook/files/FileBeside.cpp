@@ -88,6 +88,30 @@ FileBeside::~FileBeside() {
   close(handle_);
 }
 
+bool FileBeside::Write(std::string_view bytes) {
+  while (!bytes.empty()) {
+    const ssize_t count = write(handle_, bytes.data(), bytes.size());
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) return Fail("The file could not be written");
+    bytes.remove_prefix(static_cast<std::size_t>(count));
+  }
+  return true;
+}
+
+bool FileBeside::TakeOver(const fs::path& file) {
+  const int from = open(file.c_str(), O_RDONLY | O_CLOEXEC);
+  if (from < 0) return Fail("The file could not be written");
+  std::string bytes(std::size_t{1} << 20, '\0');
+  bool good = true;
+  ssize_t count = 0;
+  while (good && (count = read(from, bytes.data(), bytes.size())) > 0) {
+    good = Write(std::string_view(bytes).substr(0, static_cast<std::size_t>(count)));
+  }
+  if (good && count < 0) good = Fail("The file could not be written");
+  close(from);
+  return good;
+}
+
 bool FileBeside::PutInPlace() {
   if (fsync(handle_) != 0) return Fail("The file could not be written");
   if (rename(path_.c_str(), target_.c_str()) != 0) return Fail("The file could not be put in its place");

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <string>
+#include <string_view>
 
 namespace tellurix {
 
@@ -19,6 +20,9 @@ class FileBeside {
   bool IsMade() const { return handle_ >= 0; }
   const std::filesystem::path& Path() const { return path_; }
   const std::string& Problem() const { return problem_; }
+
+  bool Write(std::string_view bytes);                // at the end; false with a Problem
+  bool TakeOver(const std::filesystem::path& file);  // the contents of another file; false with a Problem
 
   // Syncs the file, gives it the target's name, and syncs the folder. False with a Problem; the target is then as it
   // was.
