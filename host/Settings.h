@@ -3,8 +3,15 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace tellurix {
+
+struct IniValue {
+  std::string section;
+  std::string key;
+  std::string value;
+};
 
 class Settings {
  public:
@@ -16,6 +23,11 @@ class Settings {
 
   // Writes one value: text as it stands, numbers as decimal text, booleans as -1 and 0. Kept at once.
   virtual void SetIniValue(std::string_view section, std::string_view key, std::string_view value) = 0;
+
+  // Writes several as one change.
+  virtual void SetIniValues(const std::vector<IniValue>& values) {
+    for (const IniValue& value : values) SetIniValue(value.section, value.key, value.value);
+  }
 };
 
 }  // namespace tellurix

@@ -16,12 +16,14 @@ constexpr std::array<const char*, 10> SeriesShapes{"0", "1", "2", "3", "4", "5",
 
 std::vector<SettingKey> MakeSettingKeys() {
   std::vector<SettingKey> keys{
-      {"MainWindow", "R1", "-1"},
-      {"MainWindow", "State", "2"},  // maximised
-      {"MainWindow", "Left", "0"},
-      {"MainWindow", "Top", "0"},
-      {"MainWindow", "Width", "0"},
-      {"MainWindow", "Height", "0"},
+      {"MainWindow", "R1", "-1"},   {"MainWindow", "State", "2"},  // maximised
+      {"MainWindow", "Left", "0"},  {"MainWindow", "Top", "0"},
+      {"MainWindow", "Width", "0"}, {"MainWindow", "Height", "0"},
+  };
+  for (const std::string& form : PlacedForms()) {
+    for (const char* key : {"Top", "Left", "Width", "Height", "WindowState"}) keys.push_back({form, key, ""});
+  }
+  const std::vector<SettingKey> options{
       {"Paths", "Data", ""},
       {"Paths", "Help", ""},
       {"Paths", "ExcelTellurixLink", "0"},
@@ -55,6 +57,7 @@ std::vector<SettingKey> MakeSettingKeys() {
       {"Graphics", "BoxAxes", "0"},
       {"Graphics", "RotateAllY", "0"},
   };
+  keys.insert(keys.end(), options.begin(), options.end());
   for (std::size_t n = 0; n < SeriesShapes.size(); ++n) {
     keys.push_back({"Graphics", fmt::format("Shape{}", n), SeriesShapes[n]});
     keys.push_back({"Graphics", fmt::format("Colour{}", n), SeriesColours[n]});
@@ -98,14 +101,6 @@ std::vector<SettingKey> MakeSettingKeys() {
   return keys;
 }
 
-// The fallback stands for what is no number or out of range.
-int IntegerSetting(const Session& session, std::string_view key, int low, int high, int fallback) {
-  // The file is written with "." and without grouping, whatever the user's own symbols.
-  const std::string text = SettingValue(session.settings, "Analyses", key);
-  const int value = ParseInteger(text);
-  return ReadNumber(text, {}) && value >= low && value <= high ? value : fallback;
-}
-
 }  // namespace
 
 const std::vector<SettingKey>& SettingKeys() {
@@ -113,32 +108,51 @@ const std::vector<SettingKey>& SettingKeys() {
   return keys;
 }
 
-std::string SettingValue(const Settings& settings, std::string_view section, std::string_view key) {
+const std::string& SettingDefault(std::string_view section, std::string_view key) {
+  static const std::string none;
   const auto& keys = SettingKeys();
   const auto known = std::ranges::find_if(
       keys, [&](const SettingKey& k) { return EqualNoCase(k.section, section) && EqualNoCase(k.key, key); });
-  return settings.GetIniValue(section, key, known == keys.end() ? "" : known->defaultValue);
+  return known == keys.end() ? none : known->defaultValue;
+}
+
+std::string SettingValue(const Settings& settings, std::string_view section, std::string_view key) {
+  return settings.GetIniValue(section, key, SettingDefault(section, key));
+}
+
+int IntegerSetting(const Settings& settings, std::string_view section, std::string_view key, int low, int high) {
+  // The file is written with "." and without grouping, whatever the user's own symbols.
+  const std::string text = SettingValue(settings, section, key);
+  const int value = ParseInteger(text);
+  return ReadNumber(text, {}) && value >= low && value <= high ? value : ParseInteger(SettingDefault(section, key));
+}
+
+const std::vector<std::string>& PlacedForms() {
+  static const std::vector<std::string> forms{"TLCalc", "Analysis", "Formula", "pdf", "Regress", "Varform"};
+  return forms;
 }
 
 void LoadSettings(Session& session) {
   Options& options = session.options;
-  options.DefaultCI = IntegerSetting(session, "DefaultConfidence", 0, 99, 95);
-  options.UseGroupID = IntegerSetting(session, "UseGroupID", -1, 1, 0) != 0;
-  options.DecimalPlaces = IntegerSetting(session, "DecimalPlaces", 2, 12, 6);
-  options.PDecimalPlaces = IntegerSetting(session, "DecimalPlacesP", 3, 7, 4);
-  options.RClick = IntegerSetting(session, "RClick", -1, 1, -1) != 0;
+  const auto read = [&](const char* key, int low, int high) {
+    return IntegerSetting(session.settings, "Analyses", key, low, high);
+  };
+  const std::string data = SettingValue(session.settings, "Paths", "Data");
+  if (!data.empty()) session.paths.data = data;
+  options.DefaultCI = read("DefaultConfidence", 0, 99);
+  options.UseGroupID = read("UseGroupID", -1, 1) != 0;
+  options.DecimalPlaces = read("DecimalPlaces", 2, 12);
+  options.PDecimalPlaces = read("DecimalPlacesP", 3, 7);
+  options.RClick = read("RClick", -1, 1) != 0;
 }
 
 void SaveSettings(Session& session) {
   const Options& options = session.options;
-  const auto write = [&](const char* key, int value) {
-    session.settings.SetIniValue("Analyses", key, std::to_string(value));
-  };
-  write("DefaultConfidence", options.DefaultCI);
-  write("UseGroupID", options.UseGroupID ? -1 : 0);
-  write("DecimalPlaces", options.DecimalPlaces);
-  write("DecimalPlacesP", options.PDecimalPlaces);
-  write("RClick", options.RClick ? -1 : 0);
+  session.settings.SetIniValues({{"Analyses", "DefaultConfidence", std::to_string(options.DefaultCI)},
+                                 {"Analyses", "UseGroupID", options.UseGroupID ? "-1" : "0"},
+                                 {"Analyses", "DecimalPlaces", std::to_string(options.DecimalPlaces)},
+                                 {"Analyses", "DecimalPlacesP", std::to_string(options.PDecimalPlaces)},
+                                 {"Analyses", "RClick", options.RClick ? "-1" : "0"}});
 }
 
 }  // namespace tellurix

@@ -17,11 +17,21 @@ struct SettingKey {
 };
 
 // Every key of the settings file in its order, with the default that is read where it is missing. Keys whose default
-// depends on the machine (folders) have an empty one here.
+// depends on the machine (folders), and places of windows, have an empty one here.
 const std::vector<SettingKey>& SettingKeys();
+
+// The default of a key of the table; empty for any other.
+const std::string& SettingDefault(std::string_view section, std::string_view key);
 
 // The value in force of a key of the table, its default included.
 std::string SettingValue(const Settings& settings, std::string_view section, std::string_view key);
+
+// The same as an integer: the default stands for what is no number or not in [low, high]. For keys with a numeric
+// default.
+int IntegerSetting(const Settings& settings, std::string_view section, std::string_view key, int low, int high);
+
+// The windows that keep a place of their own, by their section.
+const std::vector<std::string>& PlacedForms();
 
 // Reads the settings into the session.
 void LoadSettings(Session& session);

@@ -1,32 +1,81 @@
 #include "shell/IniSettings.h"
 
+#include <fmt/format.h>
+
+#include "shell/DocumentFiles.h"
+#include "shell/FileLock.h"
+
 namespace tellurix {
 
-IniSettings::IniSettings() { ini_.SetUnicode(true); }
+namespace fs = std::filesystem;
 
-IniSettings::IniSettings(std::filesystem::path file) : IniSettings() {
-  file_ = std::move(file);
-  if (!file_.empty()) ini_.LoadFile(file_.c_str());  // an error leaves it empty
+IniSettings::IniSettings(fs::path file) {
+  if (file.empty()) return;
+  // What a link stands for is written, not the link.
+  std::error_code error;
+  const fs::path real = fs::weakly_canonical(file, error);
+  file_ = error ? std::move(file) : real;
+  Load();
+}
+
+void IniSettings::Load() {
+  problem_.clear();
+  std::error_code error;
+  if (!fs::exists(fs::symlink_status(file_, error))) return;
+  std::string bytes, reason;
+  if (ReadWholeFile(file_, bytes, reason)) {
+    if (auto text = IniText::Read(bytes)) {
+      text_ = std::move(*text);
+      return;
+    }
+  }
+  PutAside();
+}
+
+void IniSettings::PutAside() {
+  std::error_code error;
+  fs::path copy;
+  for (int n = 1; copy.empty() || fs::exists(fs::symlink_status(copy, error)); ++n) {
+    copy = file_;
+    copy += n == 1 ? std::string(".damaged") : fmt::format(".damaged{}", n);
+  }
+  fs::rename(file_, copy, error);
+  problem_ = fmt::format("The settings file {} is damaged; the default settings are used.\n{}", file_.string(),
+                         error ? "It could not be put aside." : "It is kept as " + copy.string());
 }
 
 std::string IniSettings::GetIniValue(std::string_view section, std::string_view key,
                                      std::string_view defaultValue) const {
-  const char* value = ini_.GetValue(std::string(section).c_str(), std::string(key).c_str());
-  return value ? value : std::string(defaultValue);
+  return text_.Get(section, key).value_or(std::string(defaultValue));
 }
 
 void IniSettings::SetIniValue(std::string_view section, std::string_view key, std::string_view value) {
-  ini_.SetValue(std::string(section).c_str(), std::string(key).c_str(), std::string(value).c_str());
-  if (!file_.empty()) Save();
+  SetIniValues({{std::string(section), std::string(key), std::string(value)}});
 }
 
-bool IniSettings::Save() const {
-  std::filesystem::path beside = file_;
-  beside += "~";
-  if (ini_.SaveFile(beside.c_str()) < 0) return false;
+void IniSettings::SetIniValues(const std::vector<IniValue>& values) {
+  if (file_.empty()) {
+    Apply(values);
+    return;
+  }
   std::error_code error;
-  std::filesystem::rename(beside, file_, error);
-  return !error;
+  fs::create_directories(file_.parent_path(), error);
+  const FileLock lock(file_.parent_path());
+  Load();
+  unwritten_.insert(unwritten_.end(), values.begin(), values.end());
+  std::string reason;
+  if ((!Apply(unwritten_) && fs::exists(file_, error)) || WriteWholeFile(file_, text_.Bytes(), reason)) {
+    unwritten_.clear();
+  } else {
+    problem_ = "The settings could not be saved. " + reason;
+  }
+  if (!problem_.empty() && onProblem) onProblem(problem_);
+}
+
+bool IniSettings::Apply(const std::vector<IniValue>& values) {
+  bool changed = false;
+  for (const IniValue& value : values) changed |= text_.Set(value.section, value.key, value.value);
+  return changed;
 }
 
 }  // namespace tellurix

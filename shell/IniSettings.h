@@ -1,30 +1,39 @@
 // Settings kept in memory, and in an initialisation file when they have one.
 #pragma once
 
-// As the packaged library is built.
-#define SI_CONVERT_ICU
-#include <SimpleIni.h>
-
 #include <filesystem>
+#include <functional>
 
 #include "host/Settings.h"
+#include "shell/IniText.h"
 
 namespace tellurix {
 
+// Each change is in the file at once: written beside it, synced, renamed over it. Before that the file is read again
+// under a lock of its folder, so that of two running programs neither wipes out the other's keys. A missing file reads
+// as defaults; a damaged one too, and it is kept beside as a copy. When the file cannot be written, the values stand
+// in memory until it can.
 class IniSettings : public Settings {
  public:
-  IniSettings();  // in memory only
-  explicit IniSettings(
-      std::filesystem::path file);  // an empty path: in memory; a missing or damaged file reads as defaults
+  IniSettings() = default;                            // in memory only
+  explicit IniSettings(std::filesystem::path file);   // an empty path: in memory
+  std::function<void(const std::string&)> onProblem;  // told in words when a later read or write fails
+
+  const std::string& Problem() const { return problem_; }  // of the newest read or write; empty when all went well
 
   std::string GetIniValue(std::string_view section, std::string_view key, std::string_view defaultValue) const override;
   void SetIniValue(std::string_view section, std::string_view key, std::string_view value) override;
+  void SetIniValues(const std::vector<IniValue>& values) override;
 
  private:
-  bool Save() const;  // beside the file, then renamed over it
+  void Load();
+  void PutAside();
+  bool Apply(const std::vector<IniValue>& values);
 
   std::filesystem::path file_;
-  CSimpleIniA ini_;
+  IniText text_;
+  std::vector<IniValue> unwritten_;
+  std::string problem_;
 };
 
 }  // namespace tellurix
