@@ -1,12 +1,93 @@
 #include "numeric/Regional.h"
 
 #include <fast_float/fast_float.h>
+#include <langinfo.h>
+#include <locale.h>
 
 #include <cmath>
 
 #include "numeric/Text.h"
 
 namespace tellurix {
+
+namespace {
+
+// The locale of the environment for this thread, while it lives.
+class UserLocale {
+ public:
+  UserLocale() : locale_(::newlocale(LC_ALL_MASK, "", nullptr)) {
+    if (locale_) before_ = ::uselocale(locale_);
+  }
+  ~UserLocale() {
+    if (!locale_) return;
+    ::uselocale(before_);
+    ::freelocale(locale_);
+  }
+  UserLocale(const UserLocale&) = delete;
+  UserLocale& operator=(const UserLocale&) = delete;
+
+  explicit operator bool() const { return locale_ != nullptr; }
+
+ private:
+  locale_t locale_;
+  locale_t before_ = nullptr;
+};
+
+std::string OneOr(const char* symbol, const std::string& otherwise) { return *symbol ? ToUtf8(symbol) : otherwise; }
+
+}  // namespace
+
+SystemSymbols ReadSystemSymbols() {
+  SystemSymbols symbols;
+  const UserLocale locale;
+  if (!locale) return symbols;
+  const lconv& conventions = *::localeconv();
+  symbols.decimal = OneOr(conventions.decimal_point, ".");
+  symbols.grouping = ToUtf8(conventions.thousands_sep);
+  symbols.moneyDecimal = OneOr(conventions.mon_decimal_point, symbols.decimal);
+  symbols.moneyGrouping = OneOr(conventions.mon_thousands_sep, symbols.grouping);
+  // The C locale's own date is that of one country.
+  const std::string_view timeLocale = ::nl_langinfo(_NL_LOCALE_NAME(LC_TIME));
+  const bool hasOwnDate = timeLocale != "C" && timeLocale != "POSIX" && !timeLocale.starts_with("C.");
+  if (const std::string form = DateFormOf(::nl_langinfo(D_FMT)); hasOwnDate && !form.empty()) symbols.dateForm = form;
+  symbols.measuresInInches = *::nl_langinfo(_NL_MEASUREMENT_MEASUREMENT) == 2;  // 1: metric, 2: US
+  return symbols;
+}
+
+std::string DateFormOf(std::string_view strftimeFormat) {
+  std::string form;
+  for (std::size_t i = 0; i < strftimeFormat.size(); ++i) {
+    if (strftimeFormat[i] != '%') {
+      form += strftimeFormat[i];
+      continue;
+    }
+    // Flags: other digits, no padding.
+    while (++i < strftimeFormat.size() && std::string_view("EO-_0").find(strftimeFormat[i]) != std::string_view::npos) {
+    }
+    switch (i < strftimeFormat.size() ? strftimeFormat[i] : '\0') {
+      case 'd':
+      case 'e':
+        form += "dd";
+        break;
+      case 'm':
+        form += "mm";
+        break;
+      case 'Y':
+      case 'y':
+        form += "yyyy";
+        break;
+      case 'F':
+        form += "yyyy-mm-dd";
+        break;
+      case 'D':
+        form += "mm/dd/yyyy";
+        break;
+      default:
+        return {};
+    }
+  }
+  return form;
+}
 
 std::optional<double> ReadNumber(std::string_view text, const Regional& regional) {
   text = Trim(text);

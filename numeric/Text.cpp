@@ -67,6 +67,18 @@ std::string FoldCase(std::string_view text) {
   return folded;
 }
 
+std::string UpperCase(std::string_view text) {
+  std::string upper;
+  ForEachCodePoint(text, [&](int codePoint) {
+    if (codePoint < 0) {
+      upper.push_back(static_cast<char>(-1 - codePoint));
+    } else {
+      upper += EncodeUtf8(static_cast<char32_t>(utf8proc_toupper(codePoint)));
+    }
+  });
+  return upper;
+}
+
 bool EqualNoCase(std::string_view a, std::string_view b) {
   if (IsAscii(a) && IsAscii(b)) {
     if (a.size() != b.size()) return false;

@@ -13,6 +13,9 @@ std::string_view Trim(std::string_view text);
 // The key under which texts that differ only in case are equal ("Été" and "ÉTÉ"). Invalid bytes stand for themselves.
 std::string FoldCase(std::string_view text);
 
+// Every letter in upper case, for showing. Invalid bytes stand for themselves.
+std::string UpperCase(std::string_view text);
+
 // Equality and search as the whole system compares: without regard to case.
 bool EqualNoCase(std::string_view a, std::string_view b);
 bool StartsWithNoCase(std::string_view text, std::string_view prefix);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 
 #include "host/Documents.h"
@@ -22,6 +23,7 @@ struct Paths {
   std::filesystem::path user;       // settings, the default workbook, data
   std::filesystem::path data;       // last data folder
   std::filesystem::path temporary;  // the "~" files
+  std::filesystem::path help = program / "Help";
 };
 
 class Session {
@@ -34,6 +36,7 @@ class Session {
   Documents& documents;
   Settings& settings;
   Paths paths;
+  std::function<SystemSymbols()> systemSymbols;  // of the user's locale; null where it has no say, as in a script
 
   Options options;
   ResultsLog results;

@@ -23,7 +23,18 @@ Reply ShowMessage(Session& session, std::string_view text, int style, std::strin
       {.text = std::string(text), .title = std::string(title), .style = style, .helpContext = session.HelpContext});
 }
 
+bool CheckRegionalSettings(Session& session, std::string_view consequence) {
+  if (!session.systemSymbols || session.systemSymbols().AgreeWithMoney()) return true;
+  constexpr std::string_view advice =
+      "Please adjust your system settings for 'Decimal symbol' and 'Digit grouping symbol'\n"
+      "so that they are the same under the 'Numeric' tab as they are under the 'Currency' tab\n"
+      "in 'Regional Options' in Windows 'Control Pannel'.\n\n";
+  ShowMessage(session, std::string(advice).append(consequence), WarningIcon, "Regional Settings Need Updating");
+  return false;
+}
+
 Report* EnsureReport(Session& session, bool wantsNew) {
+  CheckRegionalSettings(session, "Tellurix will not properly run until you make these changes.");
   Documents& documents = session.documents;
   if (wantsNew || documents.ReportCount() == 0) return &documents.NewReport();
   if (documents.ReportCount() == 1) return &documents.ReportAt(0);

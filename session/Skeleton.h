@@ -34,8 +34,12 @@ class Calculation {
 // A message box with the help number in force; an empty title is the application's.
 Reply ShowMessage(Session& session, std::string_view text, int style = OkOnly, std::string_view title = {});
 
-// The report that gets the result: the only open one, the one picked when there are several, or a new one. Null when
-// cancelled.
+// Whether the system's decimal and grouping symbols are the same for numbers and for money; a message that ends with
+// `consequence` when they are not. A session without system symbols has no such trouble.
+bool CheckRegionalSettings(Session& session, std::string_view consequence);
+
+// After a check of the regional settings: the report that gets the result: the only open one, the one picked when there
+// are several, or a new one. Null when cancelled.
 Report* EnsureReport(Session& session, bool wantsNew = false);
 
 // Closes a command of the Data menu.

@@ -39,5 +39,28 @@ TEST(Regional, ReadsNumbersByTheUsersSymbols) {
   EXPECT_EQ(Localized("0.5", german), "0,5");
 }
 
+TEST(Regional, TheSystemsSymbolsAndDates) {
+  EXPECT_EQ(DateFormOf("%d.%m.%Y"), "dd.mm.yyyy");
+  EXPECT_EQ(DateFormOf("%m/%d/%y"), "mm/dd/yyyy");
+  EXPECT_EQ(DateFormOf("%-d/%Om %EY"), "dd/mm yyyy");
+  EXPECT_EQ(DateFormOf("%F"), "yyyy-mm-dd");
+  EXPECT_EQ(DateFormOf("%d %b %Y"), "");
+  EXPECT_EQ(DateFormOf("%d.%m.%"), "");
+  ::setenv("LC_ALL", "C", 1);
+  const SystemSymbols plain = ReadSystemSymbols();
+  EXPECT_EQ(plain.decimal, ".");
+  EXPECT_EQ(plain.grouping, "");
+  EXPECT_EQ(plain.dateForm, "yyyy-mm-dd");
+  EXPECT_TRUE(plain.AgreeWithMoney());  // the C locale says nothing of money
+  ::setenv("LC_ALL", "no_SUCH.locale", 1);
+  EXPECT_TRUE(ReadSystemSymbols().AgreeWithMoney());
+  ::unsetenv("LC_ALL");
+}
+
+TEST(Text, UpperCaseKnowsAllLetters) {
+  EXPECT_EQ(UpperCase("/home/été/a1.csv"), "/HOME/ÉTÉ/A1.CSV");
+  EXPECT_EQ(UpperCase("x\xffy"), "X\xffY");
+}
+
 }  // namespace
 }  // namespace tellurix
