@@ -11,8 +11,10 @@
 #include "desktop/FormDialog.h"
 #include "desktop/ProgressDialog.h"
 #include "desktop/SelectionBar.h"
+#include "desktop/WindowPlace.h"
 #include "host/Form.h"
 #include "numeric/Text.h"
+#include "session/SessionSettings.h"
 
 namespace tellurix {
 
@@ -60,6 +62,8 @@ QString FilterOf(const std::string& filter) {
   return filters.join(";;");
 }
 
+bool HasPlace(const Form& form) { return std::ranges::find(PlacedForms(), form.Name()) != PlacedForms().end(); }
+
 }  // namespace
 
 struct DesktopHost::Modeless {
@@ -68,18 +72,21 @@ struct DesktopHost::Modeless {
 };
 
 DesktopHost::DesktopHost(QWidget& owner, SelectionBar& bar, std::function<void(bool)> setCommandsEnabled,
-                         std::function<void(std::string_view)> setStatus, std::function<void(int)> showHelp)
+                         std::function<void(std::string_view)> setStatus, std::function<void(int)> showHelp,
+                         Settings& settings)
     : owner_(owner),
       bar_(bar),
       setCommandsEnabled_(std::move(setCommandsEnabled)),
       setStatus_(std::move(setStatus)),
-      showHelp_(std::move(showHelp)) {}
+      showHelp_(std::move(showHelp)),
+      settings_(settings) {}
 
 DesktopHost::~DesktopHost() { SetBusy(false); }
 
 QWidget* DesktopHost::Front() const {
   QWidget* active = QApplication::activeModalWidget();
-  return active ? active : &owner_;
+  if (active) return active;
+  return owner_.isVisible() ? &owner_ : nullptr;
 }
 
 Reply DesktopHost::ShowMessage(const Message& message) {
@@ -112,6 +119,7 @@ Reply DesktopHost::ShowMessage(const Message& message) {
 bool DesktopHost::RunForm(Form& form) {
   form.Open();
   FormDialog dialog(form, Front(), showHelp_);
+  KeepPlace(dialog, form);
   dialog.exec();
   if (form.IsOpen()) form.Finish(false);
   return form.Accepted();
@@ -128,14 +136,28 @@ void DesktopHost::ShowForm(std::shared_ptr<Form> form) {
   }
   form->Open();
   auto dialog = std::make_unique<FormDialog>(*form, &owner_, showHelp_);
+  KeepPlace(*dialog, *form);
   dialog->show();
   modeless_.push_back({std::move(form), std::move(dialog)});
+}
+
+// Some forms come back where they were.
+void DesktopHost::KeepPlace(FormDialog& dialog, const Form& form) {
+  if (!HasPlace(form)) return;
+  LoadFormPlace(dialog, settings_, form.Name());
+  QObject::connect(&dialog, &QDialog::finished, &dialog, [this, &dialog, &form] { SavePlace(dialog, form); });
+}
+
+void DesktopHost::SavePlace(const FormDialog& dialog, const Form& form) {
+  if (HasPlace(form)) SaveFormPlace(dialog, settings_, form.Name());
 }
 
 void DesktopHost::CloseForms() {
   while (!modeless_.empty()) {
     QCoreApplication::processEvents();
-    modeless_.back().form->Close();
+    Modeless& last = modeless_.back();
+    if (last.form->IsOpen()) SavePlace(*last.dialog, *last.form);
+    last.form->Close();
     modeless_.pop_back();
   }
 }
@@ -147,6 +169,9 @@ std::optional<std::string> DesktopHost::ChooseFile(const FileRequest& request) {
   dialog.setAcceptMode(request.save ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
   dialog.setFileMode(request.save ? QFileDialog::AnyFile : QFileDialog::ExistingFile);
   dialog.setDefaultSuffix(Q(request.defaultExtension));
+  if (dataFolder && !std::filesystem::path(request.suggestedName).is_absolute()) {
+    dialog.setDirectory(Q(dataFolder().string()));
+  }
   if (!request.suggestedName.empty()) dialog.selectFile(Q(request.suggestedName));
   if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return std::nullopt;
   return dialog.selectedFiles().front().toStdString();

@@ -1,11 +1,13 @@
 // The host with a person in front: prompts as windows.
 #pragma once
 
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <vector>
 
 #include "host/Host.h"
+#include "host/Settings.h"
 
 class QWidget;
 
@@ -19,9 +21,9 @@ class SelectionBar;
 class DesktopHost : public Host {
  public:
   // `owner` is the main window; `bar` waits for selections; the functions switch what is enabled while it does, and
-  // show a text in the status line.
+  // show a text in the status line. `settings` keep the places of the forms that have one.
   DesktopHost(QWidget& owner, SelectionBar& bar, std::function<void(bool)> setCommandsEnabled,
-              std::function<void(std::string_view)> setStatus, std::function<void(int)> showHelp);
+              std::function<void(std::string_view)> setStatus, std::function<void(int)> showHelp, Settings& settings);
   ~DesktopHost() override;
 
   Reply ShowMessage(const Message& message) override;
@@ -40,17 +42,22 @@ class DesktopHost : public Host {
   std::string Clipboard() override;
   bool RunProgram(std::string_view commandLine) override;
 
+  std::function<std::filesystem::path()> dataFolder;  // where a file dialog starts
+
   void CloseForms();  // the modeless ones, from the last to the first
 
  private:
   struct Modeless;
-  QWidget* Front() const;  // the window that a dialog belongs to
+  QWidget* Front() const;  // the window that a dialog belongs to; null before any is shown
+  void KeepPlace(FormDialog& dialog, const Form& form);
+  void SavePlace(const FormDialog& dialog, const Form& form);
 
   QWidget& owner_;
   SelectionBar& bar_;
   std::function<void(bool)> setCommandsEnabled_;
   std::function<void(std::string_view)> setStatus_;
   std::function<void(int)> showHelp_;
+  Settings& settings_;
   std::unique_ptr<ProgressDialog> progress_;
   std::vector<Modeless> modeless_;
   bool busy_ = false;

@@ -30,6 +30,7 @@ void DocumentWindow::closeEvent(QCloseEvent* event) {
   if (!AskBeforeClosing()) return;
   main_.Forget(*this);
   CloseDocument();
+  main_.ForgetCopies();
   event->accept();
 }
 

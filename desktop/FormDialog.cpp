@@ -391,7 +391,7 @@ void FormDialog::PlaceOver(QWidget& window, const QWidget* owner) {
 }
 
 void FormDialog::showEvent(QShowEvent* event) {
-  PlaceOver(*this, parentWidget());
+  if (!testAttribute(Qt::WA_Moved)) PlaceOver(*this, parentWidget());
   // The caret stands in the first control that takes input, its text marked.
   for (const Shown& shown : shown_) {
     if (shown.kind == ControlKind::Label || !shown.widget->isVisibleTo(this) || !shown.widget->isEnabled()) continue;

@@ -21,6 +21,8 @@
 #include "desktop/Icons.h"
 #include "desktop/ReportView.h"
 #include "desktop/SelectionBar.h"
+#include "desktop/UnsavedWork.h"
+#include "desktop/WindowPlace.h"
 #include "desktop/WorksheetView.h"
 #include "host/Script.h"
 #include "numeric/Text.h"
@@ -28,7 +30,9 @@
 #include "session/Skeleton.h"
 #include "shell/Dispatch.h"
 #include "shell/DocumentFiles.h"
+#include "shell/History.h"
 #include "shell/LinkCommand.h"
+#include "shell/Recovery.h"
 #include "shell/Tools.h"
 
 namespace tellurix {
@@ -64,14 +68,16 @@ MainWindow::MainWindow(Paths paths, const fs::path& settingsFile)
       area_(new QMdiArea(this)),
       host_(std::make_unique<DesktopHost>(
           *this, *bar_, [this](bool on) { SetCommandsEnabled(on); },
-          [this](std::string_view text) { statusBar()->showMessage(Q(text)); },
-          [this](int topic) { ShowHelp(topic); })),
+          [this](std::string_view text) { statusBar()->showMessage(Q(text)); }, [this](int topic) { ShowHelp(topic); },
+          settings_)),
       recorder_(std::make_unique<Recorder>(*host_, documents_)),
       session_(*recorder_, documents_, settings_, std::move(paths)) {
   setObjectName("MD1");
   setWindowTitle("Tellurix");
   setWindowIcon(ThemeIcon("tellurix"));
   resize(1180, 760);
+  settings_.onProblem = [this](const std::string& problem) { statusBar()->showMessage(Q(problem)); };
+  host_->dataFolder = [this] { return session_.paths.data; };
   area_->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
   area_->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
   auto* centre = new QWidget(this);
@@ -158,6 +164,7 @@ void MainWindow::BuildMenus() {
     if (entry.windows & shownKind_) AddEntry(entry, shownKind_);
   }
   AddTools();
+  ShowHistory();
 }
 
 // The tools that are configured stand for those of the table; recording is the desktop's own.
@@ -185,6 +192,44 @@ void MainWindow::AddTools() {
     record->setStatusTip("Write down what is done, for playing it again");
     connect(record, &QAction::toggled, this, &MainWindow::Record);
   }
+}
+
+// The files last used stand before the menu's last entry, a line above them.
+void MainWindow::ShowHistory() {
+  QMenu* menu = menuBar()->actions().value(0)->menu();
+  for (QAction* action : menu->actions()) {
+    if (!action->objectName().startsWith("M_OpenList")) continue;
+    menu->removeAction(action);
+    action->deleteLater();  // it may be the one that was chosen
+  }
+  QAction* last = menu->actions().constLast();
+  const auto rows = History(session_);
+  if (!rows.empty()) menu->insertSeparator(last)->setObjectName("M_OpenList(-)");
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    // Of the caption only the first "&" names an access key.
+    auto* action = new QAction("&" + Q(rows[i].caption).mid(1).replace("&", "&&"), menu);
+    action->setObjectName(QString("M_OpenList(%1)").arg(i));
+    action->setStatusTip(Q(rows[i].path.string()));
+    connect(action, &QAction::triggered, this, [this, file = rows[i].path] { OpenFromHistory(file); });
+    menu->insertAction(last, action);
+  }
+}
+
+void MainWindow::OpenFromHistory(const fs::path& file) {
+  if (!commandsEnabled_ || session_.CommandRunning) return;
+  std::error_code error;
+  if (fs::exists(file, error)) {
+    OpenFile(file);
+    return;
+  }
+  ShowMessage(session_, UpperCase(file.string()) + " is not available", WarningIcon, "File Open");
+  RemoveFromHistory(session_, file);
+  ShowHistory();
+}
+
+void MainWindow::NoteFile(const fs::path& file) {
+  AddToHistory(session_, file);
+  ShowHistory();
 }
 
 void MainWindow::AddEntry(const MenuEntry& entry, unsigned window) {
@@ -300,8 +345,60 @@ bool MainWindow::OpenFile(const fs::path& file) {
   BusyPointer(session_);
   const bool opened = OpenDocument(documents_, session_.options.regional, file, problem);
   NormalPointer(session_);
-  if (!opened) ShowMessage(session_, problem, WarningIcon, "File Open");
+  if (opened) {
+    NoteFile(file);
+  } else {
+    ShowMessage(session_, problem, WarningIcon, "File Open");
+  }
   return opened;
+}
+
+bool MainWindow::OpenLinkedFile(const LinkedFile& file) {
+  if (!file.isTemporaryCopy) return OpenFile(file.path);
+  const int before = documents_.WorkbookCount();
+  std::string problem;
+  if (!OpenDocument(documents_, session_.options.regional, file.path, problem)) {
+    ShowMessage(session_, problem, WarningIcon, "File Open");
+    return false;
+  }
+  if (documents_.WorkbookCount() == before) return true;
+  Workbook& copy = documents_.WorkbookAt(before);
+  copy.document.path.clear();
+  copy.MarkUnsaved();
+  if (DocumentWindow* window = ActiveDocument()) window->UpdateTitle();
+  return true;
+}
+
+void MainWindow::ShowAtSavedPlace() {
+  if (!LoadFormPlace(*this, settings_, "MainWindow")) {
+    const QRect free = screen()->availableGeometry();
+    resize(size().boundedTo(free.size()));
+    move(free.center() - rect().center());
+  }
+  BuildMenus();  // the first start has written the tools and the files last used
+  show();
+  if (!settings_.Problem().empty()) ShowMessage(session_, settings_.Problem(), WarningIcon);
+}
+
+void MainWindow::KeepUnsavedWork() {
+  const fs::path folder = session_.paths.user / "Recovery";
+  recovery_ = std::make_unique<Recovery>(folder);
+  OfferUnsavedWork(session_, documents_, *recovery_, folder);
+  const auto commit = [this] {
+    for (QMdiSubWindow* child : area_->subWindowList()) {
+      if (auto* report = qobject_cast<ReportForm*>(child)) report->View().Commit();
+    }
+  };
+  unsavedWork_ = std::make_unique<UnsavedWork>(
+      *recovery_, documents_, commit, [this](const std::string& problem) { statusBar()->showMessage(Q(problem)); });
+  unsavedWork_->WatchSignals([this] {
+    SaveFormPlace(*this, settings_, "MainWindow");
+    SaveSettings(session_);
+  });
+}
+
+void MainWindow::ForgetCopies() {
+  if (recovery_) recovery_->Tidy(documents_);
 }
 
 void MainWindow::ExecuteLinkCommand(const QString& text) {
@@ -309,11 +406,9 @@ void MainWindow::ExecuteLinkCommand(const QString& text) {
     linkCommands_ << text;
     return;
   }
-  if (const auto file = ReadLinkCommand(text.toStdString(), session_.paths.program); file && OpenFile(file->path)) {
-    if (file->isTemporaryCopy && documents_.ActiveWorkbook()) documents_.ActiveWorkbook()->document.path.clear();
-  } else if (!file && !text.isEmpty()) {
-    ShowMessage(session_, text.toUpper().toStdString() + " is not available", WarningIcon, "File Open");
-  }
+  tellurix::ExecuteLinkCommand(session_, text.toStdString(),
+                               [this](const LinkedFile& file) { return OpenLinkedFile(file); });
+  if (!isVisible()) return;  // it starts
   if (isMinimized()) showNormal();
   raise();
   activateWindow();
@@ -344,6 +439,8 @@ bool MainWindow::SaveWorkbookAs(Workbook& workbook, bool askName) {
   workbook.document.path = file.string();
   workbook.document.caption = file.filename().string();
   workbook.MarkSaved();
+  NoteFile(file);
+  ForgetCopies();
   return true;
 }
 
@@ -367,6 +464,8 @@ bool MainWindow::SaveReportAs(Report& report, bool askName) {
   report.document.path = file.string();
   report.document.caption = file.filename().string();
   report.document.changed = false;
+  NoteFile(file);
+  ForgetCopies();
   return true;
 }
 
@@ -440,7 +539,7 @@ void MainWindow::HelpInFront() {
 }
 
 void MainWindow::ShowHelp(int topic) {
-  if (!help_) help_ = std::make_unique<HelpWindow>(session_.paths.program / "Help");
+  if (!help_) help_ = std::make_unique<HelpWindow>(session_.paths.help);
   help_->ShowTopic(topic);
 }
 
@@ -506,7 +605,9 @@ void MainWindow::closeEvent(QCloseEvent* event) {
   }
   if (!AskBeforeClosing(session_, Savers())) return;
   DeleteTemporaryFiles(session_.paths);
+  SaveFormPlace(*this, settings_, "MainWindow");
   SaveSettings(session_);
+  if (recovery_) recovery_->Clear();
   host_->CloseForms();
   help_.reset();
   event->accept();

@@ -14,6 +14,7 @@
 #include "shell/CloseDown.h"
 #include "shell/CommandTable.h"
 #include "shell/IniSettings.h"
+#include "shell/LinkCommand.h"
 #include "shell/OpenDocuments.h"
 #include "shell/Recorder.h"
 
@@ -25,8 +26,10 @@ namespace tellurix {
 class DesktopHost;
 class DocumentWindow;
 class HelpWindow;
+class Recovery;
 class ReportForm;
 class SelectionBar;
+class UnsavedWork;
 class WorksheetForm;
 
 class MainWindow : public QMainWindow {
@@ -46,9 +49,17 @@ class MainWindow : public QMainWindow {
   // Opens a file by its extension; false after a message.
   bool OpenFile(const std::filesystem::path& file);
 
-  // A command line or a link command: opens the file that it names and comes to the front. While a command runs it
+  // Opens what a command line or a link command names; a temporary copy stays unsaved. False after a message.
+  bool OpenLinkedFile(const LinkedFile& file);
+
+  // A link command from outside: opens the file that it names and comes to the front. While a command runs it
   // waits for its end.
   void ExecuteLinkCommand(const QString& text);
+
+  // --- at the start ---
+  void ShowAtSavedPlace();
+  // Offers what an earlier run could not save, and keeps copies of unsaved documents from now on.
+  void KeepUnsavedWork();
 
   // Runs a menu entry, whatever stands behind it.
   void RunEntry(const MenuEntry& entry);
@@ -67,6 +78,7 @@ class MainWindow : public QMainWindow {
   void ShowHelp(int topic);
   void Refuse(const QString& reason);   // a message box that says why something cannot be done
   void Forget(DocumentWindow& window);  // it is closing
+  void ForgetCopies();                  // of documents that were saved or closed
 
   // --- for the menu's entries ---
   QString Printer;  // chosen in Printer Setup; empty: the system's
@@ -85,6 +97,9 @@ class MainWindow : public QMainWindow {
   void BuildMenus();
   void AddEntry(const MenuEntry& entry, unsigned window);
   void AddTools();
+  void ShowHistory();
+  void NoteFile(const std::filesystem::path& file);
+  void OpenFromHistory(const std::filesystem::path& file);
   unsigned ActiveKind() const;
   void ShowWorkbook(Workbook& workbook);
   void ShowReport(Report& report);
@@ -103,6 +118,8 @@ class MainWindow : public QMainWindow {
   std::unique_ptr<Recorder> recorder_;
   Session session_;
   std::unique_ptr<HelpWindow> help_;
+  std::unique_ptr<Recovery> recovery_;  // null in a session without a user's folder
+  std::unique_ptr<UnsavedWork> unsavedWork_;
 
   WindowActions windowActions_;
   std::map<QString, QAction*> toolActions_;  // by the button's key

@@ -21,6 +21,7 @@
 #include "numeric/Text.h"
 #include "session/Skeleton.h"
 #include "shell/DocumentFiles.h"
+#include "shell/Product.h"
 #include "shell/Tools.h"
 
 namespace tellurix {
@@ -56,8 +57,9 @@ void AddWindowEntries(MainWindow& main, WindowActions& on) {
   on["M_Method_Selection"] = {[&main] { main.ShowHelp(main.DesktopSession().HelpContext); }};
   on["M_About"] = {[&main] {
     QMessageBox::about(&main, "About Tellurix",
-                       "<h3>Tellurix</h3><p>A statistical system for clinicians, epidemiologists and medical "
-                       "researchers.</p>");
+                       QString("<h3>Tellurix</h3><p>Version %1</p><p>A statistical system for clinicians, "
+                               "epidemiologists and medical researchers.</p>")
+                           .arg(ProductVersion));
   }};
 }
 

@@ -1,6 +1,9 @@
 #include "shell/LinkCommand.h"
 
+#include <algorithm>
+
 #include "numeric/Text.h"
+#include "session/Skeleton.h"
 
 namespace tellurix {
 
@@ -34,6 +37,17 @@ std::optional<LinkedFile> ReadLinkCommand(std::string_view text, const fs::path&
   }
   if (!file) return std::nullopt;
   return LinkedFile{*file, FoldCase(file->string()).find("~excel") != std::string::npos};
+}
+
+bool ExecuteLinkCommand(Session& session, std::string_view text, const std::function<bool(const LinkedFile&)>& open) {
+  BusyPointer(session);
+  const auto file = ReadLinkCommand(text, session.paths.program);
+  const bool isGood = file ? open(*file) : Trim(text).empty();
+  NormalPointer(session);
+  if (!file && !isGood) {
+    ShowMessage(session, UpperCase(ReplaceAll(Trim(text), "\"", "")) + " is not available", WarningIcon, "File Open");
+  }
+  return isGood;
 }
 
 }  // namespace tellurix

@@ -2,9 +2,12 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
+
+#include "session/Session.h"
 
 namespace tellurix {
 
@@ -17,5 +20,9 @@ struct LinkedFile {
 // relative path that does not exist is looked for in the program's folder; a name with a blank in it that does not
 // exist stands for its last word. Nothing when there is no such file.
 std::optional<LinkedFile> ReadLinkCommand(std::string_view text, const std::filesystem::path& programFolder);
+
+// Carries a link command or a command line out: `open` gets the file that it names. False when that fails, and after a
+// message when there is no such file; an empty text names none and is no failure.
+bool ExecuteLinkCommand(Session& session, std::string_view text, const std::function<bool(const LinkedFile&)>& open);
 
 }  // namespace tellurix

@@ -1,5 +1,8 @@
 #include "shell/ProgramFolder.h"
 
+#include <pwd.h>
+#include <unistd.h>
+
 #include <cstdlib>
 
 namespace tellurix {
@@ -27,6 +30,25 @@ std::optional<fs::path> FindProgramFolder() {
     if (folder == folder.root_path()) break;
   }
   return std::nullopt;
+}
+
+fs::path UserFolder() {
+  // The rules want an absolute path; any other is as good as none.
+  if (const char* config = std::getenv("XDG_CONFIG_HOME"); config && fs::path(config).is_absolute()) {
+    return fs::path(config) / "tellurix";
+  }
+  const char* home = std::getenv("HOME");
+  if (!home || !*home) {
+    const passwd* user = ::getpwuid(::getuid());
+    home = user ? user->pw_dir : "/";
+  }
+  return fs::path(home) / ".config" / "tellurix";
+}
+
+Paths DesktopPaths() {
+  Paths paths = ScriptPaths(FindProgramFolder().value_or(fs::path()));
+  paths.user = UserFolder();
+  return paths;
 }
 
 Paths ScriptPaths(const fs::path& program) {

@@ -6,13 +6,13 @@
 #include "numeric/Text.h"
 #include "session/SessionSettings.h"
 #include "session/Skeleton.h"
+#include "shell/Product.h"
 
 namespace tellurix {
 
 namespace {
 
 constexpr int EmptyRows = 4;  // below the tools, for new ones
-constexpr const char* Version = "0.1.0";
 
 std::string ToolKey(const char* name, std::size_t number) { return fmt::format("{}{}", name, number); }
 
@@ -46,7 +46,7 @@ void RunTool(Session& session, const Tool& tool, const std::function<void()>& sh
   if (HoldsNoCase(line, "TellurixCalculator")) return showCalculator();
   if (HoldsNoCase(line, "update")) {
     const auto updater = session.paths.program / "TellurixUpdater";
-    if (!session.host.RunProgram(fmt::format("\"{}\" {}", updater.string(), Version))) {
+    if (!session.host.RunProgram(fmt::format("\"{}\" {}", updater.string(), ProductVersion))) {
       ShowMessage(session, "Could not run updater", WarningIcon);
     }
     return;

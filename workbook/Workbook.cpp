@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <utility>
 #include <variant>
 
@@ -194,13 +195,18 @@ void Workbook::EndStep() {
   }
 }
 
-void Workbook::UpdateChanged() {
-  document.changed = (undo_.empty() ? bottomSerial_ : undo_.back().serial) != savedSerial_;
-}
+std::uint64_t Workbook::Revision() const { return undo_.empty() ? bottomSerial_ : undo_.back().serial; }
+
+void Workbook::UpdateChanged() { document.changed = Revision() != savedSerial_; }
 
 void Workbook::MarkSaved() {
-  savedSerial_ = undo_.empty() ? bottomSerial_ : undo_.back().serial;
+  savedSerial_ = Revision();
   document.changed = false;
+}
+
+void Workbook::MarkUnsaved() {
+  savedSerial_ = std::numeric_limits<std::uint64_t>::max();  // of no step
+  document.changed = true;
 }
 
 bool Workbook::CanUndo() const { return depth_ == 0 && !undo_.empty(); }

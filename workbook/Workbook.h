@@ -107,6 +107,9 @@ class Workbook final : public GridStore {
   // MarkSaved (or at the start), so undoing back to them makes it false.
   DocumentState document;
   void MarkSaved();
+  void MarkUnsaved();  // changed from now on, whatever is undone, until it is saved
+  // Names the state of the contents: another number after each step, the earlier one after its undo.
+  std::uint64_t Revision() const;
 
   // --- cells. Beyond the sheet, writes change nothing and reads answer empty. ---
   static bool Fits(int row, int column) { return row >= 1 && row <= MaxRows && column >= 1 && column <= MaxColumns; }
