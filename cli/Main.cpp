@@ -15,6 +15,7 @@
 #include "shell/ProgramFolder.h"
 #include "shell/ResultsJson.h"
 #include "shell/ScriptPlayer.h"
+#include "shell/StartUp.h"
 #include "workbook/files/WorkbookFiles.h"
 
 namespace {
@@ -162,7 +163,7 @@ int main(int argc, char** argv) {
   if (convertCommand->parsed()) return Convert(from, to);
 
   const auto program = FindProgramFolder();
-  if (!program) return Fail("Tellurix files are not properly installed: no Template folder was found");
+  if (!program || !ProgramFilesArePresent({.program = *program})) return Fail(MissingFilesText());
   try {
     return runCommand->parsed() ? RunScripts(run, *program) : Verify(folder, *program);
   } catch (const std::exception& error) {

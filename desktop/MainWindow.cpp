@@ -383,7 +383,6 @@ void MainWindow::ShowAtSavedPlace() {
 void MainWindow::KeepUnsavedWork() {
   const fs::path folder = session_.paths.user / "Recovery";
   recovery_ = std::make_unique<Recovery>(folder);
-  OfferUnsavedWork(session_, documents_, *recovery_, folder);
   const auto commit = [this] {
     for (QMdiSubWindow* child : area_->subWindowList()) {
       if (auto* report = qobject_cast<ReportForm*>(child)) report->View().Commit();
@@ -395,6 +394,7 @@ void MainWindow::KeepUnsavedWork() {
     SaveFormPlace(*this, settings_, "MainWindow");
     SaveSettings(session_);
   });
+  OfferUnsavedWork(session_, documents_, *recovery_, folder);
 }
 
 void MainWindow::ForgetCopies() {
