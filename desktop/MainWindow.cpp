@@ -377,7 +377,7 @@ void MainWindow::ShowAtSavedPlace() {
   }
   BuildMenus();  // the first start has written the tools and the files last used
   show();
-  if (!settings_.Problem().empty()) ShowMessage(session_, settings_.Problem(), WarningIcon);
+  if (!settings_.Damage().empty()) ShowMessage(session_, settings_.Damage(), WarningIcon);
 }
 
 void MainWindow::KeepUnsavedWork() {

@@ -40,8 +40,9 @@ void IniSettings::PutAside() {
     copy += n == 1 ? std::string(".damaged") : fmt::format(".damaged{}", n);
   }
   fs::rename(file_, copy, error);
-  problem_ = fmt::format("The settings file {} is damaged; the default settings are used.\n{}", file_.string(),
-                         error ? "It could not be put aside." : "It is kept as " + copy.string());
+  damage_ = fmt::format("The settings file {} is damaged; the default settings are used.\n{}", file_.string(),
+                        error ? "It could not be put aside." : "It is kept as " + copy.string());
+  problem_ = damage_;
 }
 
 std::string IniSettings::GetIniValue(std::string_view section, std::string_view key,

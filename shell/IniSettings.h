@@ -20,6 +20,7 @@ class IniSettings : public Settings {
   std::function<void(const std::string&)> onProblem;  // told in words when a later read or write fails
 
   const std::string& Problem() const { return problem_; }  // of the newest read or write; empty when all went well
+  const std::string& Damage() const { return damage_; }    // said of a file that was put aside; empty when none was
 
   std::string GetIniValue(std::string_view section, std::string_view key, std::string_view defaultValue) const override;
   void SetIniValue(std::string_view section, std::string_view key, std::string_view value) override;
@@ -34,6 +35,7 @@ class IniSettings : public Settings {
   IniText text_;
   std::vector<IniValue> unwritten_;
   std::string problem_;
+  std::string damage_;
 };
 
 }  // namespace tellurix

@@ -25,8 +25,9 @@ std::string Written(std::string_view value) {
   return needsQuotes ? '"' + std::string(value) + '"' : std::string(value);
 }
 
+// Fit for the file: names of files, for one, may hold bytes that would make it a damaged one.
 std::string OneLine(std::string_view value) {
-  std::string line(value);
+  std::string line = ToUtf8(value);
   std::ranges::replace_if(line, IsControl, ' ');
   return line;
 }

@@ -19,8 +19,8 @@ class IniText {
   // double quotes at both ends.
   std::optional<std::string> Get(std::string_view section, std::string_view key) const;
 
-  // Sets a value, in its place or at the end of its section; false when it has it already. A value is one line: breaks
-  // and other control characters become blanks.
+  // Sets a value, in its place or at the end of its section; false when it has it already. A value is one line of
+  // UTF-8: breaks and other control characters become blanks, other bytes are read as Windows-1252.
   bool Set(std::string_view section, std::string_view key, std::string_view value);
 
   std::string Bytes() const;

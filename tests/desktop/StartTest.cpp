@@ -116,6 +116,22 @@ TEST_F(Start, TheMainWindowComesBackWhereItWas) {
   EXPECT_TRUE(free.contains(main.geometry().center()));
 }
 
+TEST_F(Start, SaysThatTheSettingsWereDamaged) {
+  WriteTestFile(ini, "[Analyses\n");
+  MainWindow main(TestPaths(), ini);
+  main.DesktopSession().settings.SetIniValue("Paths", "Help", "");  // the start writes before it shows anything
+  Driver driver;
+  driver.Step(
+      "show", [] { return true; }, [&] { main.ShowAtSavedPlace(); });
+  driver.Step(
+      "message", [] { return Box() != nullptr; },
+      [&] {
+        EXPECT_TRUE(Box()->text().contains("Tellurix.ini.damaged")) << Box()->text().toStdString();
+        Box()->button(QMessageBox::Ok)->click();
+      });
+  driver.Drive();
+}
+
 TEST_F(Start, SomeFormsComeBackWhereTheyWere) {
   const auto show = [&](MainWindow& main, const char* name, const std::function<void(QDialog*)>& act) {
     auto form = std::make_shared<Form>(name, "A form");

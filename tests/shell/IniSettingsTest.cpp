@@ -67,6 +67,8 @@ TEST_F(IniSettingsTest, ValuesComeBackAsTheyStand) {
   const IniSettings again(file);
   for (std::size_t i = 0; i < values.size(); ++i) EXPECT_EQ(again.GetIniValue("S", std::to_string(i), "?"), values[i]);
   EXPECT_EQ(again.GetIniValue("S", "lines", ""), "one two  [Analyses]");
+  settings.SetIniValue("S", "path", "/home/\xe9t\xe9.csv");
+  EXPECT_EQ(IniSettings(file).GetIniValue("S", "path", ""), "/home/été.csv");
 }
 
 TEST_F(IniSettingsTest, ADamagedFileReadsAsDefaultsAndIsKept) {
@@ -81,6 +83,8 @@ TEST_F(IniSettingsTest, ADamagedFileReadsAsDefaultsAndIsKept) {
     EXPECT_EQ(ReadTestFile(copy), bytes);
     EXPECT_NE(settings.Problem().find(copy.string()), std::string::npos) << settings.Problem();
     settings.SetIniValue("Analyses", "DecimalPlaces", "7");
+    EXPECT_EQ(settings.Problem(), "");
+    EXPECT_NE(settings.Damage().find(copy.string()), std::string::npos);  // for whoever can tell it at last
     EXPECT_EQ(Bytes(), "[Analyses]\nDecimalPlaces=7\n");
   }
 }
