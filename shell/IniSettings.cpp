@@ -15,7 +15,18 @@ IniSettings::IniSettings(fs::path file) {
   std::error_code error;
   const fs::path real = fs::weakly_canonical(file, error);
   file_ = error ? std::move(file) : real;
+  RemoveLeftovers();
   Load();
+}
+
+void IniSettings::RemoveLeftovers() const {
+  std::error_code error;
+  if (!fs::is_directory(file_.parent_path(), error)) return;
+  const FileLock lock(file_.parent_path());  // nobody is writing now
+  const std::string beside = file_.filename().string() + '~';
+  for (const auto& entry : fs::directory_iterator(file_.parent_path(), error)) {
+    if (entry.path().filename().string().starts_with(beside)) fs::remove(entry.path(), error);
+  }
 }
 
 void IniSettings::Load() {

@@ -29,6 +29,7 @@ class IniSettings : public Settings {
  private:
   void Load();
   void PutAside();
+  void RemoveLeftovers() const;  // of saves that were killed
   bool Apply(const std::vector<IniValue>& values);
 
   std::filesystem::path file_;

@@ -11,6 +11,7 @@
 #include <nlohmann/json.hpp>
 #include <set>
 
+#include "numeric/Text.h"
 #include "report/RichText.h"
 #include "session/Skeleton.h"
 #include "shell/DocumentFiles.h"
@@ -108,9 +109,10 @@ bool Recovery::MakeFolder(std::string& problem) {
 bool Recovery::Write(const Job& job, std::string& problem) const {
   const Copy& copy = job.copy;
   const fs::path file = CopyFile(folder_, copy.number, copy.isWorkbook);
-  const nlohmann::json note{
-      {"kind", copy.isWorkbook ? "workbook" : "report"}, {"caption", copy.caption}, {"path", copy.path}};
-  // Names of files need not be UTF-8.
+  // Names of files need not be UTF-8: one that is not is asked for again when the document is saved.
+  const nlohmann::json note{{"kind", copy.isWorkbook ? "workbook" : "report"},
+                            {"caption", copy.caption},
+                            {"path", IsValidUtf8(copy.path) ? copy.path : std::string()}};
   const std::string bytes = note.dump(2, ' ', false, nlohmann::json::error_handler_t::replace);
   if (!WriteWholeFile(NoteOf(file), bytes, problem)) return false;
   return copy.isWorkbook ? WriteNativeWorkbook(*static_cast<const Workbook*>(job.document), file, problem)

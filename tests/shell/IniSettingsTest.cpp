@@ -1,8 +1,10 @@
 #include "shell/IniSettings.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 
+#include <csignal>
 #include <random>
 
 #include "session/SessionSettings.h"
@@ -125,6 +127,36 @@ TEST_F(IniSettingsTest, WhatCannotBeWrittenWaitsInMemory) {
   settings.SetIniValue("Analyses", "RClick", "0");
   EXPECT_EQ(Bytes(), "[Analyses]\nDecimalPlaces=8\nRClick=0\n");
   EXPECT_EQ(settings.Problem(), "");
+}
+
+TEST_F(IniSettingsTest, AFullDiskLeavesTheOldFile) {
+  IniSettings settings(file);
+  settings.SetIniValue("Analyses", "DecimalPlaces", "8");
+  const std::string before = Bytes();
+  // A limit on the size of files fails a write as a full disk does.
+  rlimit usual{};
+  ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &usual), 0);
+  rlimit small = usual;
+  small.rlim_cur = before.size() + 5;
+  const auto signalBefore = std::signal(SIGXFSZ, SIG_IGN);
+  ::setrlimit(RLIMIT_FSIZE, &small);
+  settings.SetIniValue("Analyses", "RClick", "0");
+  ::setrlimit(RLIMIT_FSIZE, &usual);
+  std::signal(SIGXFSZ, signalBefore);
+  EXPECT_TRUE(settings.Problem().starts_with("The settings could not be saved.")) << settings.Problem();
+  EXPECT_EQ(Bytes(), before);
+  EXPECT_EQ(std::distance(fs::directory_iterator(file.parent_path()), {}), 1);
+  EXPECT_EQ(settings.GetIniValue("Analyses", "RClick", ""), "0");
+  settings.SetIniValue("Analyses", "UseGroupID", "-1");
+  EXPECT_EQ(Bytes(), before + "RClick=0\nUseGroupID=-1\n");
+}
+
+TEST_F(IniSettingsTest, WhatAKilledSaveHasLeftGoes) {
+  WriteTestFile(file.string() + "~Ab12Cd", "half a file");
+  WriteTestFile(folder / "sub/Tellurix.tlw~Ab12Cd", "of somebody else");
+  const IniSettings settings(file);
+  EXPECT_FALSE(fs::exists(file.string() + "~Ab12Cd"));
+  EXPECT_TRUE(fs::exists(folder / "sub/Tellurix.tlw~Ab12Cd"));
 }
 
 TEST_F(IniSettingsTest, BadNumbersReadAsTheDefault) {
