@@ -1,21 +1,17 @@
 #include "workbook/DelimitedText.h"
 
 #include <fast_float/fast_float.h>
+#include <fmt/format.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <charconv>
 #include <cmath>
-#include <cstdio>
 #include <cstring>
-#include <memory>
-#include <optional>
 #include <system_error>
 #include <vector>
 
-#include <fmt/format.h>
-
 #include "numeric/Text.h"
+#include "workbook/CellColumn.h"
+#include "workbook/TextFile.h"
 
 namespace tellurix {
 
@@ -23,46 +19,44 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t ChunkBytes = std::size_t{1} << 20;
 constexpr std::size_t MaxCodePointBytes = 4;
-constexpr std::string_view ByteOrderMark = "\xEF\xBB\xBF";
-constexpr std::size_t RunLength = 1024;                 // numbers of one column that are handed over together
 constexpr std::size_t MostHeld = std::size_t{1} << 18;  // numbers that wait in all columns
 
-constexpr int MostBeside = 100;  // names tried for the file beside
+// What stands between the fields of a text that begins like this. Under a decimal comma it is the semicolon, unless
+// the first line has commas alone and is not a number itself: such a file comes from elsewhere.
+char SeparatorOf(std::string_view start, const Regional& regional) {
+  bool quoted = false, hasComma = false, hasSemicolon = false;
+  std::size_t length = 0;
+  for (; length < start.size(); ++length) {
+    const char c = start[length];
+    if (c == '"') quoted = !quoted;
+    if (quoted) continue;
+    if (c == '\n' || c == '\r') break;
+    if (c == '\t') return '\t';
+    hasComma = hasComma || c == ',';
+    hasSemicolon = hasSemicolon || c == ';';
+  }
+  if (regional.decimalSymbol != ",") return hasSemicolon && !hasComma ? ';' : ',';
+  return hasComma && !hasSemicolon && !ReadNumber(start.substr(0, length), regional) ? ',' : ';';
+}
 
-struct CloseFile {
-  void operator()(std::FILE* file) const { std::fclose(file); }
-};
-using File = std::unique_ptr<std::FILE, CloseFile>;
-
-std::string Reason(int code) { return std::generic_category().message(code); }
+// How the numbers of a file are written: by the user's rule, but with a point where the decimal symbol separates
+// fields.
+Regional NumberRule(const Regional& regional, char separator) {
+  return regional.decimalSymbol == std::string(1, separator) ? Regional() : regional;
+}
 
 // Takes the bytes of a file in chunks and puts the fields into the workbook. Every member that answers false has set
 // the error.
 class DelimitedReader {
  public:
-  DelimitedReader(Workbook& workbook, const Regional& regional, std::string& error)
+  // `start` is the beginning of the file.
+  DelimitedReader(Workbook& workbook, std::string_view start, const Regional& regional, std::string& error)
       : workbook_(workbook),
-        regional_(regional),
-        plainNumbers_(regional.decimalSymbol == "." && regional.groupingSymbol.empty()),
+        separator_(SeparatorOf(start, regional)),
+        rule_(NumberRule(regional, separator_)),
+        decimal_(rule_.decimalSymbol.size() == 1 ? rule_.decimalSymbol.front() : '.'),
         error_(error) {}
-
-  // Looks at the first chunk: the byte order mark and the separator. Answers what is to be read of it.
-  std::string_view Start(std::string_view chunk) {
-    if (chunk.starts_with(ByteOrderMark)) chunk.remove_prefix(ByteOrderMark.size());
-    bool quoted = false;
-    for (const char c : chunk) {
-      if (c == '"') quoted = !quoted;
-      if (quoted) continue;
-      if (c == '\n' || c == '\r') break;
-      if (c == '\t') {
-        separator_ = '\t';
-        break;
-      }
-    }
-    return chunk;
-  }
 
   bool Read(std::string_view chunk) {
     const char* at = chunk.data();
@@ -77,10 +71,13 @@ class DelimitedReader {
           if (!lineOpen_ && !OpenLine()) return false;
           if (*at == '"') {
             state_ = State::Quoted;
+            isQuoted_ = true;
             fieldLine_ = line_;
             ++at;
             break;
           }
+          if (ReadPlainNumber(at, end)) break;
+          isQuoted_ = false;
           state_ = State::Plain;
           [[fallthrough]];
         case State::Plain: {
@@ -92,7 +89,7 @@ class DelimitedReader {
             if (!Hold(part)) return false;
             if (stop == end) break;
           }
-          if (!EndField(held_.empty() ? part : std::string_view(held_)) || !Delimit(at, end)) return false;
+          if (!EndPlainField(held_.empty() ? part : std::string_view(held_)) || !Delimit(at, end)) return false;
           break;
         }
         case State::Quoted: {
@@ -131,7 +128,7 @@ class DelimitedReader {
     if (state_ == State::Quoted) {
       return Fail(fmt::format("A quote that opens in line {} of the file is never closed.", fieldLine_));
     }
-    if (lineOpen_ && !EndField(held_)) return false;
+    if (lineOpen_ && !(state_ == State::Plain ? EndPlainField(held_) : EndField(held_))) return false;
     Flush();
     return true;
   }
@@ -139,11 +136,37 @@ class DelimitedReader {
  private:
   enum class State { FieldStart, Plain, Quoted, QuoteInQuoted };
 
-  // Numbers of a column, one below the other, that are not in the sheet yet.
+  // Numbers of a column, one below the other, that are not in the sheet yet: those of one segment of the column.
   struct Run {
-    int firstRow = 0;
+    int nextRow = 0;
+    int endRow = 0;
     std::vector<double> numbers;
   };
+
+  // The usual field, a number without blanks or grouping that ends in this chunk: read where it stands.
+  bool ReadPlainNumber(const char*& at, const char* end) {
+    double value = 0;
+    const auto [stop, problem] = fast_float::from_chars_advanced(
+        at, end, value, fast_float::parse_options(fast_float::chars_format::general, decimal_));
+    if (problem != std::errc() || stop == end || !std::isfinite(value)) return false;
+    if (*stop != separator_ && *stop != '\n' && *stop != '\r') return false;
+    AddNumber(value);
+    at = stop;
+    Delimit(at, end);
+    return true;
+  }
+
+  // A field that did not end with its closing quote. One that did not begin with a quote either loses the quotes at its
+  // ends.
+  bool EndPlainField(std::string_view field) {
+    if (!isQuoted_ && !field.empty() && std::memchr(field.data(), '"', field.size())) {
+      const std::string_view trimmed = Trim(field);
+      if (trimmed.size() > 1 && trimmed.starts_with('"') && trimmed.ends_with('"')) field = trimmed;
+      if (field.starts_with('"')) field.remove_prefix(1);
+      if (field.ends_with('"')) field.remove_suffix(1);
+    }
+    return EndField(field);
+  }
 
   bool Fail(std::string message) {
     error_ = std::move(message);
@@ -198,15 +221,6 @@ class DelimitedReader {
     return true;
   }
 
-  std::optional<double> Number(std::string_view field) const {
-    if (plainNumbers_) {
-      double value = 0;
-      const auto [end, problem] = fast_float::from_chars(field.data(), field.data() + field.size(), value);
-      if (problem == std::errc() && end == field.data() + field.size() && std::isfinite(value)) return value;
-    }
-    return ReadNumber(field, regional_);
-  }
-
   bool EndField(std::string_view field) {
     if (field.empty()) return true;
     std::string cleaned;
@@ -216,7 +230,7 @@ class DelimitedReader {
       field = cleaned;
     }
     if (field.size() > MaxFieldLength && CharacterCount(ToUtf8(field)) > MaxFieldLength) return TooLong();
-    if (const auto number = Number(field)) {
+    if (const auto number = ReadNumber(field, rule_)) {
       AddNumber(*number);
       return true;
     }
@@ -233,19 +247,21 @@ class DelimitedReader {
     const auto index = static_cast<std::size_t>(column_ - 1);
     if (index >= runs_.size()) runs_.resize(index + 1);
     Run& run = runs_[index];
-    if (run.firstRow + static_cast<int>(run.numbers.size()) != row_ || run.numbers.size() == RunLength) {
+    if (run.nextRow != row_ || row_ == run.endRow) {
       HandOver(column_);
-      run.firstRow = row_;
+      run.nextRow = row_;
+      run.endRow = row_ + CellColumn::SegmentRows - (row_ - 1) % CellColumn::SegmentRows;
     }
     run.numbers.push_back(number);
+    ++run.nextRow;
     if (++numbersHeld_ == MostHeld) Flush();
   }
 
   void HandOver(int column) {
     Run& run = runs_[static_cast<std::size_t>(column - 1)];
-    workbook_.SetColumnNumbers(column, std::max(run.firstRow, 1), run.numbers);
+    if (run.numbers.empty()) return;
+    workbook_.SetColumnNumbers(column, run.nextRow - static_cast<int>(run.numbers.size()), run.numbers);
     numbersHeld_ -= run.numbers.size();
-    run.firstRow += static_cast<int>(run.numbers.size());
     run.numbers.clear();
   }
 
@@ -254,12 +270,13 @@ class DelimitedReader {
   }
 
   Workbook& workbook_;
-  const Regional& regional_;
-  const bool plainNumbers_;
+  const char separator_;
+  const Regional rule_;
+  const char decimal_;
   std::string& error_;
-  char separator_ = ',';
   State state_ = State::FieldStart;
-  std::string held_;  // of a field that did not come in one piece
+  bool isQuoted_ = false;  // the field began with a quote
+  std::string held_;       // of a field that did not come in one piece
   bool lineOpen_ = false;
   bool skipLineFeed_ = false;
   bool wasReturn_ = false;
@@ -271,133 +288,26 @@ class DelimitedReader {
   std::size_t numbersHeld_ = 0;
 };
 
-// A field in its written form.
-void AppendField(const CellView& cell, char separator, std::string& to) {
-  switch (std::abs(cell.type)) {
-    case NumberCell: {
-      char digits[40];
-      to.append(digits, std::to_chars(digits, digits + sizeof digits, cell.number).ptr);
-      return;
-    }
-    case LogicalCell:
-      to += cell.number != 0 ? "TRUE" : "FALSE";
-      return;
-    case TextCell:
-      break;
-    default:
-      return;
-  }
-  // Tab and comma always, so that reading finds the same separator; and what would be taken for a byte order mark.
-  const char special[] = {separator, '"', '\n', '\r', '\t', ','};
-  if (cell.text.find_first_of({special, sizeof special}) == std::string_view::npos &&
-      !cell.text.starts_with(ByteOrderMark)) {
-    to += cell.text;
-    return;
-  }
-  to += '"';
-  for (const char c : cell.text) {
-    if (c == '"') to += '"';
-    to += c;
-  }
-  to += '"';
-}
-
 }  // namespace
 
 bool ReadDelimited(const fs::path& path, Workbook& workbook, const Regional& regional, std::string& error,
                    const Poll& poll) {
   error.clear();
-  const std::string name = path.filename().string();
-  std::error_code problem;
-  const auto status = fs::status(path, problem);
-  if (fs::is_directory(status)) {
-    error = fmt::format("\"{}\" is a folder, not a file.", name);
-    return false;
-  }
-  if (fs::exists(status) && !fs::is_regular_file(status)) {
-    error = fmt::format("\"{}\" is not a plain file.", name);
-    return false;
-  }
-  const File file(std::fopen(path.c_str(), "rb"));
-  if (!file) {
-    error = fmt::format("\"{}\" cannot be opened: {}.", name, Reason(errno));
-    return false;
-  }
-  std::setvbuf(file.get(), nullptr, _IONBF, 0);  // whole chunks are asked for
-  const auto size = static_cast<double>(std::max<std::uintmax_t>(fs::file_size(path, problem), 1));
+  TextFile file;
+  std::string_view chunk;
+  if (!file.Open(path, error) || !file.Read(chunk, error)) return false;
 
   Workbook::Loading loading(workbook);
   workbook.ClearRange({1, 1, GridStore::MaxRows, GridStore::MaxColumns});
-  DelimitedReader reader(workbook, regional, error);
-  std::vector<char> buffer(ChunkBytes);
-  double done = 0;
-  for (bool first = true;; first = false) {
-    const std::size_t got = std::fread(buffer.data(), 1, buffer.size(), file.get());
-    if (got < buffer.size() && std::ferror(file.get())) {
-      error = fmt::format("\"{}\" cannot be read: {}.", name, Reason(errno));
-      return false;
-    }
-    std::string_view chunk(buffer.data(), got);
-    if (first) chunk = reader.Start(chunk);
+  DelimitedReader reader(workbook, chunk, regional, error);
+  while (!chunk.empty()) {
     if (!reader.Read(chunk)) return false;
-    if (got < buffer.size()) break;
-    done += static_cast<double>(got);
-    if (poll && !poll("Reading " + name, std::min(done / size, 1.0))) return false;
+    if (poll && !poll("Reading " + path.filename().string(), file.Share())) return false;
+    if (!file.Read(chunk, error)) return false;
   }
   if (!reader.Finish()) return false;
   loading.Accept();
   return true;
-}
-
-bool WriteDelimited(const Workbook& workbook, const fs::path& path, char separator, std::string& error) {
-  error.clear();
-  // Beside the file, so that the rename stays within one file system. A link is followed: what it names is replaced.
-  std::error_code problem;
-  const bool isLink = fs::is_symlink(fs::symlink_status(path, problem));
-  problem.clear();
-  const fs::path target = isLink ? fs::canonical(path, problem) : path;
-  const auto fail = [&](int code) {
-    error = fmt::format("\"{}\" cannot be written: {}.", path.filename().string(), Reason(code));
-    return false;
-  };
-  if (problem) return fail(problem.value());
-  fs::path beside;
-  File file;
-  for (int n = 1; !file; ++n) {
-    beside = target;
-    beside += fmt::format(".new{}", n);
-    file.reset(std::fopen(beside.c_str(), "wbx"));  // never over a file that is there
-    if (!file && (errno != EEXIST || n == MostBeside)) return fail(errno);
-  }
-  const auto drop = [&](int code) {
-    file.reset();
-    fs::remove(beside, problem);
-    return fail(code);
-  };
-
-  std::string buffer;
-  buffer.reserve(ChunkBytes + ChunkBytes / 4);
-  const auto flush = [&] {
-    const bool written = std::fwrite(buffer.data(), 1, buffer.size(), file.get()) == buffer.size();
-    buffer.clear();
-    return written;
-  };
-  const int lastRow = workbook.LastRow();
-  const int lastColumn = workbook.LastCol();
-  for (int row = 1; row <= lastRow; ++row) {
-    for (int column = 1; column <= lastColumn; ++column) {
-      if (column > 1) buffer += separator;
-      AppendField(workbook.ReadRC(row, column), separator, buffer);
-      if (buffer.size() >= ChunkBytes && !flush()) return drop(errno);
-    }
-    buffer += '\n';
-  }
-  if (!flush() || std::fflush(file.get()) != 0) return drop(errno);
-  if (std::fclose(file.release()) != 0) return drop(errno);
-  if (const auto old = fs::status(target, problem); fs::exists(old))
-    fs::permissions(beside, old.permissions(), problem);
-  fs::rename(beside, target, problem);
-  return problem ? drop(problem.value()) : true;
 }
 
 }  // namespace tellurix
