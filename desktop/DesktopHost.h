@@ -30,7 +30,7 @@ class DesktopHost : public Host {
   bool RunForm(Form& form) override;
   void ShowForm(std::shared_ptr<Form> form) override;
   SelectionReply WaitForSelection(const SelectionRequest& request) override;
-  std::optional<std::string> ChooseFile(const FileRequest& request) override;
+  std::optional<FileChoice> ChooseFile(const FileRequest& request) override;
   bool ShowProgress(const Progress& progress) override;
   void ShowHelp(int topic) override { showHelp_(topic); }
   void SetBusy(bool busy) override;

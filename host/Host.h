@@ -58,11 +58,18 @@ struct SelectionReply {
 
 struct FileRequest {
   std::string title;
-  std::string filter;  // "Caption|*.a;*.b|Caption|*.c"
-  std::string pattern;
+  std::string filter;   // "Caption|*.a;*.b|Caption|*.c"
+  std::string pattern;  // of all the files that are meant: "*.a;*.b"
   std::string defaultExtension;
   std::string suggestedName;
+  std::string folder;   // where the dialog begins
+  int filterIndex = 0;  // of the filter offered first
   bool save = false;
+};
+
+struct FileChoice {
+  std::string path;
+  int filter = -1;  // in force when the file was chosen; -1: unknown
 };
 
 struct Progress {
@@ -82,7 +89,7 @@ class Host {
   virtual bool RunForm(Form& form) = 0;                   // modal; false when cancelled
   virtual void ShowForm(std::shared_ptr<Form> form) = 0;  // modeless: the calculators
   virtual SelectionReply WaitForSelection(const SelectionRequest& request) = 0;
-  virtual std::optional<std::string> ChooseFile(const FileRequest& request) = 0;
+  virtual std::optional<FileChoice> ChooseFile(const FileRequest& request) = 0;
   virtual bool ShowProgress(const Progress& progress) = 0;  // pumps events; false once Cancel was pressed
   virtual void ShowHelp(int topic) = 0;
 

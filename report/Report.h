@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <string_view>
 
 #include "host/Documents.h"
 #include "report/RichText.h"
@@ -13,7 +14,8 @@ class Report {
   RichText text;
   int helpContext = 0;
   DocumentState document;
-  std::function<void()> onAppended;  // a view brings the newest result on screen
+  std::function<void()> onAppended;                  // a view brings the newest result on screen
+  std::function<void(std::string_view)> insertText;  // a view puts plain text at its caret
 
   // Puts rich text at the end.
   void Append(RichText addition) {

@@ -5,6 +5,7 @@
 #include "classical/SingleSampleT.h"
 #include "host/Form.h"
 #include "numeric/Text.h"
+#include "shell/FileCommands.h"
 
 namespace tellurix {
 
@@ -30,24 +31,24 @@ struct Row {
 void AnalysisOptions(Session& session) { session.prompts.AnalysisOptions(); }
 
 constexpr Row Rows[] = {
-    {"&File/&New Workbook", "M_New_Workbook", 100, Everywhere},
-    {"&File/New &Report", "M_New_Report", 101, Everywhere},
-    {"&File/&Open File", "M_Open", 102, Everywhere},
-    {"&File/&Close Workbook", "M_Close_Workbook", 103, Sheet},
-    {"&File/&Save Workbook", "M_Save_Workbook", 104, Sheet},
-    {"&File/Save &Workbook As", "M_Save_Workbook_As", 105, Sheet},
-    {"&File/Save Workbook &Template", "M_Save_Template", 106, Sheet},
-    {"&File/&Close Report", "M_Report_Close", 150, InReportOnly},
-    {"&File/&Save Report", "M_Report_Save", 151, InReportOnly},
-    {"&File/Save Report &As", "M_Report_Save_As", 152, InReportOnly},
+    {"&File/&New Workbook", "M_New_Workbook", 100, Everywhere, fileMenu::NewWorkbook},
+    {"&File/New &Report", "M_New_Report", 101, Everywhere, fileMenu::NewReport},
+    {"&File/&Open File", "M_Open", 102, Everywhere, fileMenu::Open},
+    {"&File/&Close Workbook", "M_Close_Workbook", 103, Sheet, fileMenu::CloseWorkbook},
+    {"&File/&Save Workbook", "M_Save_Workbook", 104, Sheet, fileMenu::SaveWorkbook},
+    {"&File/Save &Workbook As", "M_Save_Workbook_As", 105, Sheet, fileMenu::SaveWorkbookAs},
+    {"&File/Save Workbook &Template", "M_Save_Template", 106, Sheet, fileMenu::SaveTemplate},
+    {"&File/&Close Report", "M_Report_Close", 150, InReportOnly, fileMenu::CloseReport},
+    {"&File/&Save Report", "M_Report_Save", 151, InReportOnly, fileMenu::SaveReport},
+    {"&File/Save Report &As", "M_Report_Save_As", 152, InReportOnly, fileMenu::SaveReportAs},
     {"&File/&Page Setup", "M_Page_Setup", 107, Document},
     {"&File/Set Print &Area", "M_Print_Area", 108, Sheet},
     {"&File/Pr&int", "M_Print", 109, Document},
     {"&File/Print Pr&eview", "M_Print_Preview", 110, Document},
     {"&File/Printer Set&up", "M_Printer_Setup", 111, Everywhere},
-    {"&File/Import &Data", "M_Import", 112, Sheet},
-    {"&File/E&xport Data", "M_Export", 113, Sheet},
-    {"&File/Import &Text", "M_Report_Import_Text", 153, InReportOnly},
+    {"&File/Import &Data", "M_Import", 112, Sheet, fileMenu::ImportData},
+    {"&File/E&xport Data", "M_Export", 113, Sheet, fileMenu::ExportData},
+    {"&File/Import &Text", "M_Report_Import_Text", 153, InReportOnly, fileMenu::ImportText},
     {"&File/Export P&DF", "M_Report_Export_PDF", 154, InReportOnly},
     {"&File/Exit", "M_Exit", 114, Everywhere},
     {"&Edit/&Cut", "M_Cut", 200, Document},

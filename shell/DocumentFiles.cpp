@@ -1,17 +1,14 @@
 #include "shell/DocumentFiles.h"
 
-#include <fcntl.h>
 #include <fmt/format.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
-#include <cerrno>
-#include <cstring>
+#include <array>
 #include <fstream>
 
 #include "numeric/Text.h"
 #include "report/RichText.h"
-#include "workbook/DelimitedText.h"
+#include "workbook/SafeFile.h"
+#include "workbook/TextFile.h"
 
 namespace tellurix {
 
@@ -19,59 +16,76 @@ namespace fs = std::filesystem;
 
 namespace {
 
-std::string Extension(const fs::path& file) { return FoldCase(file.extension().string()); }
+constexpr std::array<WorkbookFormat, 9> Formats{
+    {{"Tellurix (*.tlw)", "*.tlw", "tlw", WorkbookFileType::Native},
+     {"Excel 8/97 (*.xls)", "*xls", "xls", WorkbookFileType::Excel97},
+     {"Excel 5 and 7/95 (*.xls)", "*xls", "xls", WorkbookFileType::Excel5},
+     {"Tabbed Text (*.tab)", "*tab", "tab", WorkbookFileType::TabText},
+     {"Tabbed Text values only (*.tab)", "*tab", "tab", WorkbookFileType::TabValues},
+     {"HTML (write only) (*.htm)", "*htm", "htm", WorkbookFileType::Html, true},
+     {"HTML data only (write only) (*.htm)", "*htm", "htm", WorkbookFileType::HtmlData, true},
+     {"Excel 2007 (*.xlsx)", "*.xlsx", "xlsx", WorkbookFileType::Xlsx},
+     {"Comma delimited (*.csv)", "*.csv", "csv", WorkbookFileType::Csv}}};
 
-bool IsOneOf(const std::string& extension, std::initializer_list<const char*> known) {
-  for (const char* candidate : known) {
-    if (extension == candidate) return true;
-  }
-  return false;
+struct KnownExtension {
+  const char* extension;
+  FileKind kind;
+};
+
+constexpr KnownExtension Extensions[] = {
+    {"tlw", FileKind::Workbook}, {"mrw", FileKind::Workbook}, {"mgw", FileKind::Workbook},
+    {"mhw", FileKind::Workbook}, {"xls", FileKind::Excel},    {"tmx", FileKind::Excel},
+    {"xlsx", FileKind::Excel},   {"ods", FileKind::Excel},    {"gnumeric", FileKind::Excel},
+    {"tab", FileKind::Tab},      {"csv", FileKind::Csv},      {"prn", FileKind::Csv},
+    {"rtf", FileKind::RichText}, {"rtt", FileKind::RichText}};
+
+// Without its dot, in lower case.
+std::string Extension(const fs::path& file) {
+  const std::string extension = FoldCase(file.extension().string());
+  return extension.empty() ? extension : extension.substr(1);
 }
 
-std::string Upper(std::string text) {
+// Other extensions that files of a format have.
+std::string MainExtension(const std::string& extension) {
+  if (extension == "html") return "htm";
+  if (extension == "txt") return "tab";
+  if (extension == "prn") return "csv";
+  return extension;
+}
+
+}  // namespace
+
+std::optional<FileKind> KindOfFile(const fs::path& file) {
+  const std::string extension = Extension(file);
+  for (const KnownExtension& known : Extensions) {
+    if (extension == known.extension) return known.kind;
+  }
+  return std::nullopt;
+}
+
+std::span<const WorkbookFormat> WorkbookFormats() { return Formats; }
+
+const WorkbookFormat* FormatOfFile(const fs::path& file, int chosen) {
+  const WorkbookFormat* format = chosen >= 0 && chosen < static_cast<int>(Formats.size()) ? &Formats[chosen] : nullptr;
+  const std::string extension = MainExtension(Extension(file));
+  if (extension.empty() || (format && extension == format->extension)) return format;
+  for (const WorkbookFormat& other : Formats) {
+    if (extension == other.extension) return &other;
+  }
+  return nullptr;
+}
+
+std::string UpperCase(std::string text) {
   for (char& c : text) {
     if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
   }
   return text;
 }
 
-// What an opened document is called.
-void Name(DocumentState& document, const fs::path& file) {
-  std::error_code error;
-  document.path = fs::absolute(file, error).string();
-  document.caption = file.filename().string();
-  document.changed = false;
-}
-
-bool ReadReport(OpenDocuments& documents, const fs::path& file, std::string& problem) {
-  std::string bytes;
-  if (!ReadWholeFile(file, bytes, problem)) return false;
-  auto text = ReadRtf(bytes);
-  if (!text) {
-    problem = file.string() + " is not a valid (rich) text file";
-    return false;
-  }
-  auto report = std::make_unique<Report>();
-  report->text = std::move(*text);
-  Name(report->document, file);
-  documents.AddReport(std::move(report));
-  return true;
-}
-
-bool ReadWorksheet(OpenDocuments& documents, const Regional& regional, const fs::path& file, std::string& problem) {
-  auto workbook = std::make_unique<Workbook>();
-  if (!ReadDelimited(file, *workbook, regional, problem, {})) return false;
-  Name(workbook->document, file);
-  documents.AddWorkbook(std::move(workbook));
-  return true;
-}
-
-}  // namespace
-
 bool ReadWholeFile(const fs::path& file, std::string& bytes, std::string& problem) {
   std::error_code error;
   if (!fs::exists(file, error)) {
-    problem = Upper(file.string()) + " is not available";
+    problem = UpperCase(file.string()) + " is not available";
     return false;
   }
   std::ifstream in(file, std::ios::binary);
@@ -86,64 +100,47 @@ bool ReadWholeFile(const fs::path& file, std::string& bytes, std::string& proble
 }
 
 bool WriteWholeFile(const fs::path& file, std::string_view bytes, std::string& problem) {
-  std::string beside = file.string() + "~XXXXXX";
-  const int handle = ::mkstemp(beside.data());
-  const auto fail = [&] {
-    problem = fmt::format("Error saving {}\n{}", file.string(), std::strerror(errno));
-    if (handle >= 0) {
-      ::close(handle);
-      ::unlink(beside.c_str());
-    }
-    return false;
-  };
-  if (handle < 0) return fail();
-  while (!bytes.empty()) {
-    const auto written = ::write(handle, bytes.data(), bytes.size());
-    if (written < 0 && errno == EINTR) continue;
-    if (written <= 0) return fail();
-    bytes.remove_prefix(static_cast<std::size_t>(written));
-  }
-  // The mode of a file made the ordinary way, not the private one of a temporary file.
-  const mode_t mask = ::umask(0);
-  ::umask(mask);
-  if (::fchmod(handle, 0666 & ~mask) != 0 || ::fsync(handle) != 0 || ::rename(beside.c_str(), file.c_str()) != 0) {
-    return fail();
-  }
-  ::close(handle);
+  SafeFile safe;
+  if (safe.Open(file) && safe.Write(bytes) && safe.Commit()) return true;
+  problem = fmt::format("Error saving {}\n{}", file.string(), safe.Problem());
+  return false;
+}
+
+bool ReadPlainText(const fs::path& file, std::string& text, std::string& problem) {
+  if (!ReadWholeText(file, text, problem)) return false;
+  std::erase(text, '\0');
+  text = ReplaceAll(ReplaceAll(ToUtf8(text), "\r\n", "\n"), "\r", "\n");
   return true;
 }
 
-bool OpenDocument(OpenDocuments& documents, const Regional& regional, const fs::path& file, std::string& problem) {
-  std::error_code error;
-  const std::string extension = Extension(file);
-  if (!fs::exists(file, error)) {
-    problem = Upper(file.string()) + " is not available";
-    return false;
+RichText PlainRichText(std::string_view text) {
+  RichText rich;
+  if (text.ends_with('\n')) text.remove_suffix(1);
+  for (std::string& line : Split(text, '\n')) {
+    Paragraph paragraph;
+    if (!line.empty()) paragraph.runs.push_back({.text = std::move(line)});
+    rich.blocks.emplace_back(std::move(paragraph));
   }
-  if (IsOneOf(extension, {".csv", ".tab", ".prn", ".txt"})) return ReadWorksheet(documents, regional, file, problem);
-  if (IsOneOf(extension, {".rtf", ".rtt"})) return ReadReport(documents, file, problem);
-  problem = file.string() + " is not a kind of file that can be opened";
-  return false;
+  return rich;
 }
 
 bool SaveReport(const Report& report, const fs::path& file, std::string& problem) {
   const std::string extension = Extension(file);
-  if (IsOneOf(extension, {".rtf", ".rtt"})) return WriteWholeFile(file, WriteRtf(report.text), problem);
-  if (IsOneOf(extension, {".html", ".htm"})) {
+  if (extension == "rtf" || extension == "rtt") return WriteWholeFile(file, WriteRtf(report.text), problem);
+  if (extension == "html" || extension == "htm") {
     return WriteWholeFile(file, WriteHtml(report.text, file.stem().string()), problem);
   }
-  if (extension == ".txt") return WriteWholeFile(file, WriteText(report.text), problem);
+  if (extension == "txt") return WriteWholeFile(file, WriteText(report.text), problem);
   problem = fmt::format("a report is saved as rtf, html or txt, not as {}", file.filename().string());
   return false;
 }
 
-bool SaveWorkbook(const Workbook& workbook, const fs::path& file, std::string& problem) {
-  const std::string extension = Extension(file);
-  if (!IsOneOf(extension, {".csv", ".tab", ".txt"})) {
-    problem = fmt::format("a workbook is saved as csv or tab, not as {}", file.filename().string());
-    return false;
+bool SaveWorkbook(const Workbook& workbook, const fs::path& file, const Regional& regional, std::string& problem) {
+  if (const WorkbookFormat* format = FormatOfFile(file)) {
+    return WriteWorkbookFile(workbook, file, format->type, problem, regional);
   }
-  return WriteDelimited(workbook, file, extension == ".csv" ? ',' : '\t', problem);
+  problem = fmt::format("a workbook is not saved as {}", file.filename().string());
+  return false;
 }
 
 }  // namespace tellurix

@@ -57,8 +57,9 @@ Workbook& OpenDocuments::AddWorkbook(std::unique_ptr<Workbook> workbook) {
   return *workbooks_.back();
 }
 
-Workbook& OpenDocuments::NewWorkbook() {
-  auto workbook = std::make_unique<Workbook>();
+Workbook& OpenDocuments::NewWorkbook() { return AddNewWorkbook(std::make_unique<Workbook>()); }
+
+Workbook& OpenDocuments::AddNewWorkbook(std::unique_ptr<Workbook> workbook) {
   workbook->document.caption = fmt::format("Book {:02}{}", ++booksMade_, NotSaved);
   return AddWorkbook(std::move(workbook));
 }

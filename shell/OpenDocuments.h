@@ -29,6 +29,9 @@ class OpenDocuments : public Documents {
   std::vector<std::string> SheetNames(int index) const override;
   Workbook* ActiveWorkbook() override;
   Workbook& NewWorkbook() override;
+  Workbook& AddNewWorkbook(std::unique_ptr<Workbook> workbook) override;
+  Workbook& AddWorkbook(std::unique_ptr<Workbook> workbook) override;  // no front end has heard of it before
+  void CloseWorkbook(const Workbook& workbook) override;
   void ActivateWorkbook(int index) override;
 
   int ReportCount() const override { return static_cast<int>(reports_.size()); }
@@ -36,14 +39,10 @@ class OpenDocuments : public Documents {
   std::string ReportName(int index) const override;
   Report* ActiveReport() override;
   Report& NewReport() override;
+  Report& AddReport(std::unique_ptr<Report> report) override;
+  void CloseReport(const Report& report) override;
   void ActivateReport(int index) override;
 
-  // A document that a file is read into: no front end hears of it before it is added.
-  Workbook& AddWorkbook(std::unique_ptr<Workbook> workbook);
-  Report& AddReport(std::unique_ptr<Report> report);
-
-  void CloseWorkbook(const Workbook& workbook);
-  void CloseReport(const Report& report);
   int IndexOf(const Workbook& workbook) const;  // -1 when it is not open
   int IndexOf(const Report& report) const;
 

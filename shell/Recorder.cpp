@@ -204,9 +204,15 @@ void Recorder::RangeTaken(const SelectionRequest& request) {
   inner_.RangeTaken(request);
 }
 
-std::optional<std::string> Recorder::ChooseFile(const FileRequest& request) {
+std::optional<FileChoice> Recorder::ChooseFile(const FileRequest& request) {
   auto file = inner_.ChooseFile(request);
-  Write(1, file ? "file " + QuotedText(*file) : std::string("cancel"));
+  std::string step = file ? "file " + QuotedText(file->path) : std::string("cancel");
+  // The filter tells apart what a name leaves open.
+  const auto filters = Split(request.filter, '|');
+  if (file && request.save && file->filter >= 0 && filters.size() > 2) {
+    step += " " + QuotedText(filters.at(2 * static_cast<std::size_t>(file->filter)));
+  }
+  Write(1, step);
   return file;
 }
 

@@ -41,7 +41,7 @@ class Recorder : public Host {
   bool RunForm(Form& form) override;
   void ShowForm(std::shared_ptr<Form> form) override;
   SelectionReply WaitForSelection(const SelectionRequest& request) override;
-  std::optional<std::string> ChooseFile(const FileRequest& request) override;
+  std::optional<FileChoice> ChooseFile(const FileRequest& request) override;
   void RangeTaken(const SelectionRequest& request) override;
 
   // --- Host: passed on ---

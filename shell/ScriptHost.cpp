@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <filesystem>
 
 #include "numeric/Text.h"
 #include "shell/ScriptEdits.h"
@@ -56,6 +57,15 @@ std::string CaptionsOf(const Form& form) {
     captions += control.caption.empty() ? "#" + control.id : QuotedText(PlainCaption(control.caption));
   }
   return captions;
+}
+
+// The place of the filter whose caption begins like this; -1 when there is none.
+int FilterNumber(const FileRequest& request, std::string_view caption) {
+  const auto parts = Split(request.filter, '|');
+  for (std::size_t i = 0; i + 1 < parts.size(); i += 2) {
+    if (StartsWithNoCase(parts[i], caption)) return static_cast<int>(i / 2);
+  }
+  return -1;
 }
 
 }  // namespace
@@ -158,14 +168,26 @@ Reply ScriptHost::ShowMessage(const Message& message) {
   return reply;
 }
 
-std::optional<std::string> ScriptHost::ChooseFile(const FileRequest& request) {
+std::optional<FileChoice> ScriptHost::ChooseFile(const FileRequest& request) {
   const ScriptStep* step = NextAnswer(fmt::format("A file ({})", QuotedText(request.title)), {"file", "cancel"});
   if (!step || step->Is("cancel")) return std::nullopt;
-  if (step->words.size() != 2) {
-    Fail("one file name is wanted");
+  if (step->words.size() < 2 || step->words.size() > 3) {
+    Fail("a file name is wanted, and perhaps its kind");
     return std::nullopt;
   }
-  return step->words[1].text;
+  FileChoice choice{step->words[1].text};
+  if (step->words.size() == 3) {
+    choice.filter = FilterNumber(request, step->words[2].text);
+    if (choice.filter < 0) {
+      Fail(fmt::format("there is no kind of file {}", QuotedText(step->words[2].text)));
+      return std::nullopt;
+    }
+  }
+  // As with `open`: beside the script, else in the working folder.
+  std::error_code error;
+  const auto besideScript = std::filesystem::path(script_.file).parent_path() / choice.path;
+  if (!request.save && std::filesystem::exists(besideScript, error)) choice.path = besideScript.string();
+  return choice;
 }
 
 // ---------------------------------------------------------------------------------------------------------------------

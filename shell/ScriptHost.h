@@ -50,7 +50,7 @@ class ScriptHost : public Host {
   bool RunForm(Form& form) override;
   void ShowForm(std::shared_ptr<Form> form) override;
   SelectionReply WaitForSelection(const SelectionRequest& request) override;
-  std::optional<std::string> ChooseFile(const FileRequest& request) override;
+  std::optional<FileChoice> ChooseFile(const FileRequest& request) override;
   bool ShowProgress(const Progress&) override { return !Failed(); }
   void ShowHelp(int) override {}
   bool LeftoverRangeAnswers() const override { return false; }

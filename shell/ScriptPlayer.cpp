@@ -8,6 +8,7 @@
 #include "session/SessionSettings.h"
 #include "shell/Dispatch.h"
 #include "shell/DocumentFiles.h"
+#include "shell/FileCommands.h"
 #include "shell/ScriptEdits.h"
 
 namespace tellurix {
@@ -74,11 +75,11 @@ void ScriptPlayer::Do(const ScriptStep& step) {
   }
   const std::string object = step.words.size() > 1 ? step.words[1].text : "";
   if (step.Is("new") && object == "workbook") {
-    documents_.NewWorkbook();
+    NewDocument(session_, DocumentKind::Workbook);
     return;
   }
   if (step.Is("new") && object == "report") {
-    documents_.NewReport();
+    NewDocument(session_, DocumentKind::Report);
     return;
   }
   if (step.Is("seed")) {
@@ -126,8 +127,7 @@ void ScriptPlayer::Open(const ScriptStep& step) {
   fs::path file = folder_ / named;
   std::error_code error;
   if (!fs::exists(file, error)) file = named;  // not beside the script: in the working folder
-  std::string problem;
-  if (!OpenDocument(documents_, session_.options.regional, file, problem)) return host_.Fail(problem);
+  OpenFile(session_, file);  // a message that the script does not expect fails it
 }
 
 void ScriptPlayer::Save(const ScriptStep& step) {
@@ -141,7 +141,7 @@ void ScriptPlayer::Save(const ScriptStep& step) {
   } else if (step.words[1].text == "workbook") {
     const Workbook* workbook = documents_.ActiveWorkbook();
     if (!workbook) return host_.Fail("no workbook is open");
-    if (!SaveWorkbook(*workbook, file, problem)) return host_.Fail(problem);
+    if (!SaveWorkbook(*workbook, file, session_.options.regional, problem)) return host_.Fail(problem);
   } else {
     return host_.Fail(fmt::format("cannot save a {}", QuotedText(step.words[1].text)));
   }

@@ -28,12 +28,14 @@ class FakeHost : public Host {
   std::deque<Reply> replies;                     // to message boxes that offer a choice
   std::deque<std::function<void(Form&)>> forms;  // acts on the next form through Set, Press and Close
   std::deque<std::function<SelectionReply()>> selections;
+  std::deque<FileChoice> files;  // none: the dialog is cancelled
   bool leftoverRangeAnswers = true;
 
   // --- what was asked ---
   std::vector<Message> messages;
   std::vector<SelectionRequest> requests;
   std::vector<std::string> formTitles;
+  std::vector<FileRequest> fileRequests;
   int rangesTaken = 0;
   int beeps = 0;
   bool busy = false;
@@ -86,11 +88,15 @@ class FakeHost : public Host {
   bool IsBusy() const override { return busy; }
   void SetCommandsEnabled(bool enabled) override { commandsEnabled = enabled; }
   void Beep() override { ++beeps; }
+  std::optional<FileChoice> ChooseFile(const FileRequest& request) override {
+    fileRequests.push_back(request);
+    if (files.empty()) return std::nullopt;
+    return Next(files);
+  }
   bool ShowProgress(const Progress&) override { return progressGoesOn; }
   bool progressGoesOn = true;
 
   void ShowForm(std::shared_ptr<Form>) override {}
-  std::optional<std::string> ChooseFile(const FileRequest&) override { return std::nullopt; }
   void ShowHelp(int) override {}
   void SetStatus(std::string_view) override {}
   void SetClipboard(std::string_view) override {}
@@ -122,6 +128,15 @@ class FakeDocuments : public Documents {
     activeBook_ = WorkbookCount();
     return *books_.emplace_back(std::make_unique<Workbook>());
   }
+  Workbook& AddNewWorkbook(std::unique_ptr<Workbook> workbook) override { return AddWorkbook(std::move(workbook)); }
+  Workbook& AddWorkbook(std::unique_ptr<Workbook> workbook) override {
+    activeBook_ = WorkbookCount();
+    return *books_.emplace_back(std::move(workbook));
+  }
+  void CloseWorkbook(const Workbook& workbook) override {
+    std::erase_if(books_, [&](const auto& book) { return book.get() == &workbook; });
+    activeBook_ = WorkbookCount() - 1;
+  }
   void ActivateWorkbook(int index) override { activeBook_ = index; }
 
   int ReportCount() const override { return static_cast<int>(reports_.size()); }
@@ -131,6 +146,14 @@ class FakeDocuments : public Documents {
   Report& NewReport() override {
     activeReport_ = ReportCount();
     return *reports_.emplace_back(std::make_unique<Report>());
+  }
+  Report& AddReport(std::unique_ptr<Report> report) override {
+    activeReport_ = ReportCount();
+    return *reports_.emplace_back(std::move(report));
+  }
+  void CloseReport(const Report& report) override {
+    std::erase_if(reports_, [&](const auto& open) { return open.get() == &report; });
+    activeReport_ = ReportCount() - 1;
   }
   void ActivateReport(int index) override { activeReport_ = index; }
 

@@ -19,6 +19,7 @@ constexpr int LoggedCells = 256;
 constexpr int AllLogged = LoggedCells + 1;
 
 constexpr std::string_view MissingMark = "*";
+constexpr std::uint64_t NeverSaved = ~std::uint64_t{0};  // the number of no step
 
 }  // namespace
 
