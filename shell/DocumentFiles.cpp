@@ -7,7 +7,7 @@
 
 #include "numeric/Text.h"
 #include "report/RichText.h"
-#include "workbook/SafeFile.h"
+#include "workbook/FileBeside.h"
 #include "workbook/TextFile.h"
 
 namespace tellurix {
@@ -100,9 +100,9 @@ bool ReadWholeFile(const fs::path& file, std::string& bytes, std::string& proble
 }
 
 bool WriteWholeFile(const fs::path& file, std::string_view bytes, std::string& problem) {
-  SafeFile safe;
-  if (safe.Open(file) && safe.Write(bytes) && safe.Commit()) return true;
-  problem = fmt::format("Error saving {}\n{}", file.string(), safe.Problem());
+  FileBeside beside(file);
+  if (beside.IsMade() && beside.Write(bytes) && beside.PutInPlace()) return true;
+  problem = fmt::format("Error saving {}\n{}", file.string(), beside.Problem());
   return false;
 }
 

@@ -71,8 +71,18 @@ void OpenDocuments::ActivateWorkbook(int index) {
 
 int OpenDocuments::IndexOf(const Workbook& workbook) const { return PlaceOf(workbooks_, workbook); }
 int OpenDocuments::IndexOf(const Report& report) const { return PlaceOf(reports_, report); }
-void OpenDocuments::CloseWorkbook(const Workbook& workbook) { Remove(workbooks_, IndexOf(workbook), activeWorkbook_); }
-void OpenDocuments::CloseReport(const Report& report) { Remove(reports_, IndexOf(report), activeReport_); }
+
+void OpenDocuments::CloseWorkbook(const Workbook& workbook) {
+  const int index = IndexOf(workbook);
+  if (index >= 0 && onWorkbookClosing) onWorkbookClosing(WorkbookAt(index));
+  Remove(workbooks_, index, activeWorkbook_);
+}
+
+void OpenDocuments::CloseReport(const Report& report) {
+  const int index = IndexOf(report);
+  if (index >= 0 && onReportClosing) onReportClosing(ReportAt(index));
+  Remove(reports_, index, activeReport_);
+}
 
 std::string OpenDocuments::ReportName(int index) const {
   return DocumentName(reports_.at(static_cast<std::size_t>(index))->document);

@@ -22,6 +22,8 @@ class OpenDocuments : public Documents {
   std::function<void(Report&)> onReportOpened;
   std::function<void(Workbook&)> onWorkbookActivated;
   std::function<void(Report&)> onReportActivated;
+  std::function<void(Workbook&)> onWorkbookClosing;  // it is still there
+  std::function<void(Report&)> onReportClosing;
 
   int WorkbookCount() const override { return static_cast<int>(workbooks_.size()); }
   Workbook& WorkbookAt(int index) override { return *workbooks_.at(static_cast<std::size_t>(index)); }

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "host/Script.h"
+#include "numeric/Text.h"
 #include "workbook/Workbook.h"
 
 namespace tellurix {

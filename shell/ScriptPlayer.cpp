@@ -20,6 +20,8 @@ ScriptPlayer::ScriptPlayer(Paths paths)
   host_.Serve(session_);
   documents_.onWorkbookOpened = [this](Workbook& workbook) { recorder_.Opened(workbook); };
   documents_.onReportOpened = [this](Report& report) { recorder_.Opened(report); };
+  documents_.onWorkbookClosing = [this](Workbook& workbook) { recorder_.Closing(workbook); };
+  documents_.onReportClosing = [this](Report& report) { recorder_.Closing(report); };
   LoadSettings(session_);
 }
 
@@ -127,7 +129,7 @@ void ScriptPlayer::Open(const ScriptStep& step) {
   fs::path file = folder_ / named;
   std::error_code error;
   if (!fs::exists(file, error)) file = named;  // not beside the script: in the working folder
-  OpenFile(session_, file);  // a message that the script does not expect fails it
+  OpenFile(session_, file);                    // a message that the script does not expect fails it
 }
 
 void ScriptPlayer::Save(const ScriptStep& step) {
@@ -181,10 +183,8 @@ void ScriptPlayer::Close(const ScriptStep& step) {
   }
   if (index < 0 || index >= count) return host_.Fail(fmt::format("there is no such {}", step.words[1].text));
   if (isReport) {
-    recorder_.Closing(documents_.ReportAt(index));
     documents_.CloseReport(documents_.ReportAt(index));
   } else {
-    recorder_.Closing(documents_.WorkbookAt(index));
     documents_.CloseWorkbook(documents_.WorkbookAt(index));
   }
 }

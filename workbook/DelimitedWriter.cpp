@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "workbook/DelimitedText.h"
-#include "workbook/SafeFile.h"
+#include "workbook/FileBeside.h"
 
 namespace tellurix {
 
@@ -84,12 +84,12 @@ std::vector<CellRange> InUse(const Workbook& workbook, std::span<const CellRange
 bool WriteDelimited(const Workbook& workbook, std::span<const CellRange> ranges, const fs::path& path, char separator,
                     const Regional& regional, std::string& error) {
   error.clear();
-  SafeFile file;
+  FileBeside file(path);
   const auto fail = [&] {
-    error = fmt::format("\"{}\" cannot be written: {}.", path.filename().string(), file.Problem());
+    error = fmt::format("{}: {}", path.filename().string(), file.Problem());
     return false;
   };
-  if (!file.Open(path)) return fail();
+  if (!file.IsMade()) return fail();
   const std::vector<CellRange> used = InUse(workbook, ranges);
   int rows = 0;
   for (const CellRange& range : used) rows = std::max(rows, range.lastRow - range.firstRow + 1);
@@ -110,7 +110,7 @@ bool WriteDelimited(const Workbook& workbook, std::span<const CellRange> ranges,
     }
     buffer += '\n';
   }
-  return (file.Write(buffer) && file.Commit()) || fail();
+  return (file.Write(buffer) && file.PutInPlace()) || fail();
 }
 
 bool WriteDelimited(const Workbook& workbook, const fs::path& path, char separator, std::string& error,

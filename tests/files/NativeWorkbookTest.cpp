@@ -13,7 +13,7 @@
 #include <csignal>
 
 #include "tests/files/Samples.h"
-#include "workbook/files/FileBeside.h"
+#include "workbook/FileBeside.h"
 #include "workbook/files/Sqlite.h"
 
 namespace tellurix {

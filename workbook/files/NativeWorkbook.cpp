@@ -14,7 +14,7 @@
 #include "workbook/WorkbookContents.h"
 #include "workbook/files/ByteStream.h"
 #include "workbook/files/CellChunk.h"
-#include "workbook/files/FileBeside.h"
+#include "workbook/FileBeside.h"
 #include "workbook/files/Sqlite.h"
 
 namespace tellurix {

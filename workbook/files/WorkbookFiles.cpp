@@ -83,7 +83,8 @@ std::optional<WorkbookFileType> WorkbookTypeOf(const fs::path& path) {
   return std::nullopt;
 }
 
-bool WriteWorkbookFile(const Workbook& workbook, const fs::path& path, WorkbookFileType type, std::string& problem) {
+bool WriteWorkbookFile(const Workbook& workbook, const fs::path& path, WorkbookFileType type, std::string& problem,
+                       const Regional& regional) {
   switch (type) {
     case WorkbookFileType::Native:
       return WriteNativeWorkbook(workbook, path, problem);
@@ -96,9 +97,9 @@ bool WriteWorkbookFile(const Workbook& workbook, const fs::path& path, WorkbookF
       return WriteXlsx(workbook, path, problem);
     case WorkbookFileType::TabText:
     case WorkbookFileType::TabValues:
-      return WriteDelimited(workbook, path, '\t', problem);
+      return WriteDelimited(workbook, path, '\t', problem, regional);
     case WorkbookFileType::Csv:
-      return WriteDelimited(workbook, path, ',', problem);
+      return WriteDelimited(workbook, path, CsvSeparator(regional), problem, regional);
     case WorkbookFileType::Html:
       return WriteHtmlTables(workbook, path, true, problem);
     case WorkbookFileType::HtmlData:

@@ -21,7 +21,8 @@ class FileBeside {
   const std::filesystem::path& Path() const { return path_; }
   const std::string& Problem() const { return problem_; }
 
-  bool Write(std::string_view bytes);                // at the end; false with a Problem
+  // Puts bytes at the end. Large pieces are wanted: each goes to the system at once. False with a Problem.
+  bool Write(std::string_view bytes);
   bool TakeOver(const std::filesystem::path& file);  // the contents of another file; false with a Problem
 
   // Syncs the file, gives it the target's name, and syncs the folder. False with a Problem; the target is then as it

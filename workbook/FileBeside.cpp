@@ -1,4 +1,4 @@
-#include "workbook/files/FileBeside.h"
+#include "workbook/FileBeside.h"
 
 #include <fcntl.h>
 #include <fmt/format.h>
@@ -41,6 +41,14 @@ bool HasName(int handle, const fs::path& path) {
          held.st_dev == named.st_dev;
 }
 
+// A file that nobody may write by its permissions is left alone by the superuser too.
+bool MayBeWritten(const fs::path& file) {
+  struct stat old {};
+  if (stat(file.c_str(), &old) != 0) return true;  // a new one
+  errno = EACCES;
+  return (old.st_mode & 0222) != 0 && access(file.c_str(), W_OK) == 0;
+}
+
 }  // namespace
 
 void RemoveLeftovers(const fs::path& target) {
@@ -59,7 +67,7 @@ void RemoveLeftovers(const fs::path& target) {
 
 FileBeside::FileBeside(const fs::path& target) : target_(EndOfLinks(target)) {
   RemoveLeftovers(target_);
-  if (access(target_.c_str(), F_OK) == 0 && access(target_.c_str(), W_OK) != 0) {
+  if (!MayBeWritten(target_)) {
     Fail("The file cannot be written");
     return;
   }
