@@ -6,6 +6,7 @@
 #include <QMessageBox>
 #include <QProcess>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <algorithm>
 
 #include "desktop/FormDialog.h"
@@ -50,16 +51,26 @@ QMessageBox::Icon IconOf(const Message& message) {
   }
 }
 
+QString FilterOf(const QString& caption, const std::string& patterns) {
+  return QString("%1 (%2)").arg(caption, Q(ReplaceAll(patterns, ";", " ")));
+}
+
 // "Caption|*.a;*.b|Caption|*.c" as the file dialog takes it.
-QString FilterOf(const std::string& filter) {
+QStringList FiltersOf(const std::string& filter) {
   const auto parts = Split(filter, '|');
   QStringList filters;
   for (std::size_t i = 0; i + 1 < parts.size(); i += 2) {
     QString caption = Q(parts[i]);
-    if (const auto bracket = caption.indexOf('('); bracket >= 0) caption = caption.left(bracket).trimmed();
-    filters << QString("%1 (%2)").arg(caption, Q(ReplaceAll(parts[i + 1], ";", " ")));
+    if (const auto bracket = caption.lastIndexOf('('); bracket >= 0) caption = caption.left(bracket).trimmed();
+    filters << FilterOf(caption, parts[i + 1]);
   }
-  return filters.join(";;");
+  return filters;
+}
+
+// Of a filter with one pattern, "*.a" or "*a"; else nothing.
+QString ExtensionOf(const QString& filter) {
+  static const QRegularExpression one("\\(\\*\\.?(\\w+)\\)$");
+  return one.match(filter).captured(1);
 }
 
 bool HasPlace(const Form& form) { return std::ranges::find(PlacedForms(), form.Name()) != PlacedForms().end(); }
@@ -164,17 +175,31 @@ void DesktopHost::CloseForms() {
 
 SelectionReply DesktopHost::WaitForSelection(const SelectionRequest& request) { return bar_.Wait(request); }
 
-std::optional<std::string> DesktopHost::ChooseFile(const FileRequest& request) {
-  QFileDialog dialog(Front(), Q(request.title), Q(request.suggestedName), FilterOf(request.filter));
+std::optional<FileChoice> DesktopHost::ChooseFile(const FileRequest& request) {
+  QStringList filters = FiltersOf(request.filter);
+  const bool hasPattern = !request.pattern.empty();  // all the files that are meant come first
+  if (hasPattern) filters.prepend(FilterOf("All these files", request.pattern));
+  QFileDialog dialog(Front(), Q(request.title), Q(request.suggestedName));
+  dialog.setNameFilters(filters);
+  if (request.filterIndex > 0 && request.filterIndex < filters.size()) {
+    dialog.selectNameFilter(filters[request.filterIndex]);
+  }
   dialog.setAcceptMode(request.save ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
   dialog.setFileMode(request.save ? QFileDialog::AnyFile : QFileDialog::ExistingFile);
   dialog.setDefaultSuffix(Q(request.defaultExtension));
   if (dataFolder && !std::filesystem::path(request.suggestedName).is_absolute()) {
     dialog.setDirectory(Q(dataFolder().string()));
   }
+  // A name without an extension gets that of the filter.
+  const auto takeSuffix = [&](const QString& filter) {
+    if (!ExtensionOf(filter).isEmpty()) dialog.setDefaultSuffix(ExtensionOf(filter));
+  };
+  if (request.save) takeSuffix(dialog.selectedNameFilter());
+  if (request.save) QObject::connect(&dialog, &QFileDialog::filterSelected, &dialog, takeSuffix);
   if (!request.suggestedName.empty()) dialog.selectFile(Q(request.suggestedName));
   if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return std::nullopt;
-  return dialog.selectedFiles().front().toStdString();
+  const auto filter = static_cast<int>(filters.indexOf(dialog.selectedNameFilter())) - (hasPattern ? 1 : 0);
+  return FileChoice{dialog.selectedFiles().front().toStdString(), filter};
 }
 
 bool DesktopHost::ShowProgress(const Progress& progress) {

@@ -82,13 +82,6 @@ bool WorksheetForm::AskBeforeClosing() {
   return tellurix::AskBeforeClosing(main_.DesktopSession(), workbook_, main_.Savers());
 }
 
-bool WorksheetForm::Save(bool askName) {
-  view_->CommitEdit();
-  const bool saved = main_.SaveWorkbookAs(workbook_, askName);
-  UpdateTitle();
-  return saved;
-}
-
 void WorksheetForm::CloseDocument() {
   if (summary_) summary_->clear();
   // The view reads the workbook: it goes first.
@@ -96,7 +89,6 @@ void WorksheetForm::CloseDocument() {
   setWidget(nullptr);
   delete view_;
   view_ = nullptr;
-  main_.DesktopRecorder().Closing(workbook_);
   main_.OpenedDocuments().CloseWorkbook(workbook_);
 }
 
@@ -125,18 +117,10 @@ bool ReportForm::AskBeforeClosing() {
   return tellurix::AskBeforeClosing(main_.DesktopSession(), report_, main_.Savers());
 }
 
-bool ReportForm::Save(bool askName) {
-  view_->Commit();
-  const bool saved = main_.SaveReportAs(report_, askName);
-  UpdateTitle();
-  return saved;
-}
-
 void ReportForm::CloseDocument() {
   setWidget(nullptr);
   delete view_;
   view_ = nullptr;
-  main_.DesktopRecorder().Closing(report_);
   main_.OpenedDocuments().CloseReport(report_);
 }
 

@@ -23,7 +23,6 @@ class DocumentWindow : public QMdiSubWindow {
 
   virtual DocumentState& State() = 0;
   virtual bool AskBeforeClosing() = 0;  // false stops the close
-  virtual bool Save(bool askName) = 0;  // false when it failed or was cancelled
   virtual void CloseDocument() = 0;     // the document goes; the window follows
 
   void UpdateTitle();  // the caption, with a star while there are changes
@@ -46,7 +45,6 @@ class WorksheetForm : public DocumentWindow {
 
   DocumentState& State() override;
   bool AskBeforeClosing() override;
-  bool Save(bool askName) override;
   void CloseDocument() override;
 
  private:
@@ -70,7 +68,6 @@ class ReportForm : public DocumentWindow {
 
   DocumentState& State() override;
   bool AskBeforeClosing() override;
-  bool Save(bool askName) override;
   void CloseDocument() override;
 
  private:

@@ -30,6 +30,7 @@
 #include "session/Skeleton.h"
 #include "shell/Dispatch.h"
 #include "shell/DocumentFiles.h"
+#include "shell/FileCommands.h"
 #include "shell/LinkCommand.h"
 #include "shell/Recovery.h"
 #include "shell/Tools.h"
@@ -39,10 +40,6 @@ namespace tellurix {
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr const char* OpenFilter =
-    "Comma Separated Vector File (*.csv)|*.csv|Tabbed Text Workbook (*.tab)|*.tab|Rich Text Reports (*.rtf)|*.rtf|"
-    "All files (*.*)|*.*";
 
 QString Q(std::string_view text) { return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())); }
 
@@ -103,6 +100,8 @@ MainWindow::MainWindow(Paths paths, const fs::path& settingsFile)
 
   documents_.onWorkbookOpened = [this](Workbook& workbook) { ShowWorkbook(workbook); };
   documents_.onReportOpened = [this](Report& report) { ShowReport(report); };
+  documents_.onWorkbookClosing = [this](Workbook& workbook) { recorder_->Closing(workbook); };
+  documents_.onReportClosing = [this](Report& report) { recorder_->Closing(report); };
   documents_.onReportActivated = [this](Report& report) {
     for (QMdiSubWindow* child : area_->subWindowList()) {
       auto* form = qobject_cast<ReportForm*>(child);
@@ -228,6 +227,7 @@ void MainWindow::RunEntry(const MenuEntry& entry) {
   if (!entry.command) return;
   WorksheetForm* sheet = ActiveWorksheet();
   if (sheet && !sheet->View().CommitEdit()) return;
+  if (ReportForm* report = ActiveReport()) report->View().Commit();
   recorder_->NoteRun(entry.path);
   RunCommand(session_, entry);
   recorder_->NoteRunEnded();
@@ -238,7 +238,11 @@ void MainWindow::CommandEnded() {
   // Commands set marks and sheets, of which workbooks do not tell.
   for (QMdiSubWindow* child : area_->subWindowList()) {
     if (auto* sheet = qobject_cast<WorksheetForm*>(child)) sheet->View().Refresh();
+    if (auto* report = qobject_cast<ReportForm*>(child)) report->View().setReadOnly(report->State().readOnly);
+    if (auto* window = qobject_cast<DocumentWindow*>(child)) window->UpdateTitle();
   }
+  ShowHistory();
+  ForgetCopies();
   const QStringList waiting = std::exchange(linkCommands_, {});
   for (const QString& command : waiting) ExecuteLinkCommand(command);
   if (!closing_) return;
@@ -247,14 +251,7 @@ void MainWindow::CommandEnded() {
   QTimer::singleShot(0, window, [window] { window->close(); });
 }
 
-void MainWindow::NewWorkbook() { documents_.NewWorkbook(); }
-
-void MainWindow::NewReport() { documents_.NewReport(); }
-
-void MainWindow::ChooseAndOpen() {
-  const auto file = host_->ChooseFile({.title = "Open File", .filter = OpenFilter});
-  if (file) OpenFile(*file);
-}
+void MainWindow::NewWorkbook() { RunEntry(*FindCommand("M_New_Workbook")); }
 
 void MainWindow::SetupToolsMenu() {
   SetupTools(session_);
@@ -302,32 +299,11 @@ void MainWindow::Forget(DocumentWindow& window) {
 }
 
 bool MainWindow::OpenFile(const fs::path& file) {
-  std::string problem;
-  BusyPointer(session_);
-  const bool opened = OpenDocument(documents_, session_.options.regional, file, problem);
-  NormalPointer(session_);
-  if (opened) {
-    NoteFile(file);
-  } else {
-    ShowMessage(session_, problem, WarningIcon, "File Open");
-  }
+  session_.CommandRunning = true;  // reading pumps events
+  const bool opened = tellurix::OpenFile(session_, file);
+  session_.CommandRunning = false;
+  CommandEnded();
   return opened;
-}
-
-bool MainWindow::OpenLinkedFile(const LinkedFile& file) {
-  if (!file.isTemporaryCopy) return OpenFile(file.path);
-  const int before = documents_.WorkbookCount();
-  std::string problem;
-  if (!OpenDocument(documents_, session_.options.regional, file.path, problem)) {
-    ShowMessage(session_, problem, WarningIcon, "File Open");
-    return false;
-  }
-  if (documents_.WorkbookCount() == before) return true;
-  Workbook& copy = documents_.WorkbookAt(before);
-  copy.document.path.clear();
-  copy.MarkUnsaved();
-  if (DocumentWindow* window = ActiveDocument()) window->UpdateTitle();
-  return true;
 }
 
 void MainWindow::ExecuteLinkCommand(const QString& text) {
@@ -336,67 +312,14 @@ void MainWindow::ExecuteLinkCommand(const QString& text) {
     return;
   }
   tellurix::ExecuteLinkCommand(session_, text.toStdString(),
-                               [this](const LinkedFile& file) { return OpenLinkedFile(file); });
+                               [this](const LinkedFile& file) { return OpenFile(file.path); });
   if (!isVisible()) return;  // it starts
   if (isMinimized()) showNormal();
   raise();
   activateWindow();
 }
 
-SaveFunctions MainWindow::Savers() {
-  return {.workbook = [this](Workbook& workbook) { return SaveWorkbookAs(workbook, false); },
-          .report = [this](Report& report) { return SaveReportAs(report, false); }};
-}
-
-bool MainWindow::SaveWorkbookAs(Workbook& workbook, bool askName) {
-  fs::path file = workbook.document.path;
-  if (askName || file.empty()) {
-    const auto chosen =
-        host_->ChooseFile({.title = "Save Workbook As",
-                           .filter = "Comma delimited (*.csv)|*.csv|Tabbed Text (*.tab)|*.tab",
-                           .defaultExtension = "csv",
-                           .suggestedName = file.empty() ? DocumentName(workbook.document) : file.string(),
-                           .save = true});
-    if (!chosen) return false;
-    file = *chosen;
-  }
-  std::string problem;
-  if (!SaveWorkbook(workbook, file, problem)) {
-    ShowMessage(session_, problem, WarningIcon, "Saving Workbook");
-    return false;
-  }
-  workbook.document.path = file.string();
-  workbook.document.caption = file.filename().string();
-  workbook.MarkSaved();
-  NoteFile(file);
-  ForgetCopies();
-  return true;
-}
-
-bool MainWindow::SaveReportAs(Report& report, bool askName) {
-  fs::path file = report.document.path;
-  if (askName || file.empty()) {
-    const auto chosen =
-        host_->ChooseFile({.title = "Save Report As",
-                           .filter = "RTF File (*.rtf)|*.rtf",
-                           .defaultExtension = "rtf",
-                           .suggestedName = file.empty() ? DocumentName(report.document) : file.string(),
-                           .save = true});
-    if (!chosen) return false;
-    file = *chosen;
-  }
-  std::string problem;
-  if (!SaveReport(report, file, problem)) {
-    ShowMessage(session_, problem, WarningIcon, "Saving Report");
-    return false;
-  }
-  report.document.path = file.string();
-  report.document.caption = file.filename().string();
-  report.document.changed = false;
-  NoteFile(file);
-  ForgetCopies();
-  return true;
-}
+SaveFunctions MainWindow::Savers() { return SaversOf(session_); }
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Toolbar, help, recording
@@ -438,10 +361,10 @@ void MainWindow::MakeToolbar() {
 
 void MainWindow::ToolPressed(const QString& key) {
   if (key == "New") return NewWorkbook();
-  if (key == "Open") return ChooseAndOpen();
+  if (key == "Open") return RunEntry(*FindCommand("M_Open"));
   if (key == "Help") return HelpInFront();
   if (key == "Save") {
-    if (DocumentWindow* window = ActiveDocument()) window->Save(false);
+    if (ActiveDocument()) RunEntry(*FindCommand(ActiveWorksheet() ? "M_Save_Workbook" : "M_Report_Save"));
     return;
   }
   const auto action = windowActions_.find("M_" + key.toStdString());
@@ -495,7 +418,7 @@ void MainWindow::Record(bool on) {
                                        .suggestedName = "script.tlx",
                                        .save = true});
   std::string problem;
-  if (file && !WriteWholeFile(*file, recorder_->Text(), problem)) {
+  if (file && !WriteWholeFile(file->path, recorder_->Text(), problem)) {
     ShowMessage(session_, problem, WarningIcon, "Saving Script");
   }
 }

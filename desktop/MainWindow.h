@@ -50,7 +50,6 @@ class MainWindow : public QMainWindow {
   bool OpenFile(const std::filesystem::path& file);
 
   // Opens what a command line or a link command names; a temporary copy stays unsaved. False after a message.
-  bool OpenLinkedFile(const LinkedFile& file);
 
   // A link command from outside: opens the file that it names and comes to the front. While a command runs it
   // waits for its end.
@@ -73,8 +72,6 @@ class MainWindow : public QMainWindow {
   // A command runs: closing waits until it has been taken back. False when nothing runs.
   bool StopRunningCommand(QWidget& closing);
   SaveFunctions Savers();
-  bool SaveWorkbookAs(Workbook& workbook, bool askName);
-  bool SaveReportAs(Report& report, bool askName);
   void ShowHelp(int topic);
   void Refuse(const QString& reason);   // a message box that says why something cannot be done
   void Forget(DocumentWindow& window);  // it is closing
@@ -84,8 +81,6 @@ class MainWindow : public QMainWindow {
   QString Printer;  // chosen in Printer Setup; empty: the system's
   QMdiArea& Area() { return *area_; }
   void NewWorkbook();
-  void NewReport();
-  void ChooseAndOpen();
   void SetupToolsMenu();
 
  protected:
@@ -98,7 +93,6 @@ class MainWindow : public QMainWindow {
   void AddEntry(const MenuEntry& entry, unsigned window);
   void AddTools();
   void ShowHistory();
-  void NoteFile(const std::filesystem::path& file);
   void OpenFromHistory(const std::filesystem::path& file);
   unsigned ActiveKind() const;
   void ShowWorkbook(Workbook& workbook);

@@ -87,9 +87,4 @@ void MainWindow::OpenFromHistory(const fs::path& file) {
   ShowHistory();
 }
 
-void MainWindow::NoteFile(const fs::path& file) {
-  AddToHistory(session_, file);
-  ShowHistory();
-}
-
 }  // namespace tellurix

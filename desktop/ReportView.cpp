@@ -188,6 +188,9 @@ void ReportView::SetReport(Report& report) {
   ForgetReport();
   report_ = &report;
   report.onAppended = [this] { ShowAppended(); };
+  report.insertText = [this](std::string_view text) {
+    textCursor().insertText(QString::fromUtf8(text.data(), qsizetype(text.size())));
+  };
   Reload();
 }
 
@@ -206,6 +209,7 @@ void ReportView::ForgetReport() {
   if (report_ == nullptr) return;
   Commit();
   report_->onAppended = {};
+  report_->insertText = {};
   report_ = nullptr;
 }
 

@@ -18,9 +18,7 @@
 #include "desktop/SheetActions.h"
 #include "desktop/SheetForms.h"
 #include "desktop/WorksheetView.h"
-#include "numeric/Text.h"
 #include "session/Skeleton.h"
-#include "shell/DocumentFiles.h"
 #include "shell/Product.h"
 #include "shell/Tools.h"
 
@@ -70,12 +68,7 @@ void AddFileEntries(MainWindow& main, WindowActions& on) {
                         },
                         InWorksheet | InReport};
   };
-  on["M_New_Workbook"] = {[&main] { main.NewWorkbook(); }};
-  on["M_New_Report"] = {[&main] { main.NewReport(); }};
-  on["M_Open"] = {[&main] { main.ChooseAndOpen(); }};
   on["M_Close_Workbook"] = on["M_Report_Close"] = onDocument([](DocumentWindow& window) { window.close(); });
-  on["M_Save_Workbook"] = on["M_Report_Save"] = onDocument([](DocumentWindow& window) { window.Save(false); });
-  on["M_Save_Workbook_As"] = on["M_Report_Save_As"] = onDocument([](DocumentWindow& window) { window.Save(true); });
   on["M_Exit"] = {[&main] { main.close(); }};
 }
 
@@ -139,18 +132,6 @@ void AddPrintEntries(MainWindow& main, WindowActions& on) {
   on["M_Printer_Setup"] = {[&main] { ChoosePrinter(main); }};
 }
 
-// Plain text from a file, at the caret.
-void ImportText(MainWindow& main, ReportView& view) {
-  const auto file = main.DesktopSession().host.ChooseFile(
-      {.title = "Import Text", .filter = "ASCII Text (*.txt)|*.txt|All files (*.*)|*.*"});
-  if (!file) return;
-  std::string bytes, problem;
-  if (!ReadWholeFile(*file, bytes, problem)) return main.Refuse(QString::fromStdString(problem));
-  std::erase(bytes, '\0');
-  QString text = QString::fromStdString(ToUtf8(bytes));
-  view.textCursor().insertText(text.replace("\r\n", "\n").replace('\r', '\n'));
-}
-
 void AddReportEntries(MainWindow& main, WindowActions& on) {
   const auto onReport = [&main](auto action) {
     return WindowAction{[&main, action] {
@@ -158,7 +139,6 @@ void AddReportEntries(MainWindow& main, WindowActions& on) {
                         },
                         InReport};
   };
-  on["M_Report_Import_Text"] = onReport([&main](ReportView& view) { ImportText(main, view); });
   on["M_Report_Defaults"] = onReport([&main](ReportView& view) {
     Session& session = main.DesktopSession();
     if (!ReportDefaults(session)) return;
@@ -205,7 +185,7 @@ void AddReportEntries(MainWindow& main, WindowActions& on) {
                                                              .suggestedName = "report.pdf",
                                                              .save = true});
     QString problem;
-    if (file && !view.ExportPdf(QString::fromStdString(*file), problem)) main.Refuse(problem);
+    if (file && !view.ExportPdf(QString::fromStdString(file->path), problem)) main.Refuse(problem);
   });
 }
 

@@ -62,7 +62,6 @@ struct FileRequest {
   std::string pattern;  // of all the files that are meant: "*.a;*.b"
   std::string defaultExtension;
   std::string suggestedName;
-  std::string folder;   // where the dialog begins
   int filterIndex = 0;  // of the filter offered first
   bool save = false;
 };

@@ -142,8 +142,7 @@ bool ReadPlainReport(Session& session, const fs::path& file) {
 bool IsTemporaryCopy(const fs::path& file) { return FoldCase(file.string()).find(TemporaryMark) != std::string::npos; }
 
 bool OpenFile(Session& session) {
-  const auto chosen = session.host.ChooseFile(
-      {.title = "Open File", .filter = OpenFilter, .pattern = OpenPattern, .folder = session.paths.data.string()});
+  const auto chosen = session.host.ChooseFile({.title = "Open File", .filter = OpenFilter, .pattern = OpenPattern});
   return chosen && OpenFile(session, chosen->path);
 }
 
@@ -286,10 +285,8 @@ bool ImportAtActiveCell(Session& session, const fs::path& file, Workbook& workbo
 
 bool ImportData(Session& session) {
   constexpr const char* Title = "File Import";
-  const auto chosen = session.host.ChooseFile({.title = "Import worksheet data",
-                                               .filter = ImportFilter,
-                                               .pattern = "*.csv;*.tab;*.txt",
-                                               .folder = session.paths.data.string()});
+  const auto chosen = session.host.ChooseFile(
+      {.title = "Import worksheet data", .filter = ImportFilter, .pattern = "*.csv;*.tab;*.txt"});
   if (!chosen) return false;
   if (!Exists(chosen->path)) {
     Warn(session, UpperCase(chosen->path) + " is not available", Title);
@@ -309,11 +306,8 @@ bool ExportData(Session& session) {
   constexpr const char* Title = "Export Data";
   const Workbook* workbook = session.documents.ActiveWorkbook();
   if (!workbook) return false;
-  const auto chosen = session.host.ChooseFile({.title = Title,
-                                               .filter = ExportFilter,
-                                               .defaultExtension = "csv",
-                                               .folder = session.paths.data.string(),
-                                               .save = true});
+  const auto chosen =
+      session.host.ChooseFile({.title = Title, .filter = ExportFilter, .defaultExtension = "csv", .save = true});
   if (!chosen) return false;
   std::vector<CellRange> ranges;
   for (int i = 0; i < workbook->SelectionCount(); ++i) ranges.push_back(workbook->GetSelection(i));
@@ -331,15 +325,19 @@ bool ExportData(Session& session) {
 }
 
 bool ImportText(Session& session) {
+  constexpr const char* Title = "Import Text";
   Report* report = session.documents.ActiveReport();
   if (!report) return false;
-  const auto chosen = session.host.ChooseFile({.title = "Import Text",
-                                               .filter = "ASCII Text (*.txt)|*.txt|All files (*.*)|*.*",
-                                               .folder = session.paths.data.string()});
+  if (report->document.readOnly) {
+    Warn(session, "File is read only", Title);
+    return false;
+  }
+  const auto chosen =
+      session.host.ChooseFile({.title = Title, .filter = "ASCII Text (*.txt)|*.txt|All files (*.*)|*.*"});
   if (!chosen) return false;
   std::string text, problem;
   if (!ReadPlainText(chosen->path, text, problem)) {
-    Warn(session, fmt::format("Error reading {}\n{}", chosen->path, problem), "Import Text");
+    Warn(session, fmt::format("Error reading {}\n{}", chosen->path, problem), Title);
     return false;
   }
   if (report->insertText) {
@@ -414,7 +412,6 @@ bool SaveUnder(Session& session, Workbook& workbook, const std::string& suggesti
                                .filter = SaveFilter(),
                                .defaultExtension = "tlw",
                                .suggestedName = suggestion,
-                               .folder = session.paths.data.string(),
                                .filterIndex = IndexOf(FormatOfFile(suggestion, workbook.document.format)),
                                .save = true});
   if (!chosen) return false;
@@ -506,7 +503,6 @@ bool SaveActiveAs(Session& session, Report& report) {
                                                .filter = "RTF File (*.rtf)|*.rtf",
                                                .defaultExtension = "rtf",
                                                .suggestedName = suggestion,
-                                               .folder = session.paths.data.string(),
                                                .save = true});
   if (!chosen) return false;
   fs::path file = chosen->path;

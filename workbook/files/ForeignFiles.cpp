@@ -8,7 +8,7 @@
 #include <system_error>
 
 #include "workbook/files/ChildProcess.h"
-#include "workbook/files/FileBeside.h"
+#include "workbook/FileBeside.h"
 #include "workbook/files/NativeWorkbook.h"
 #include "workbook/files/XlsxWriter.h"
 

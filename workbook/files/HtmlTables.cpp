@@ -4,7 +4,7 @@
 #include <iterator>
 
 #include "workbook/WorkbookContents.h"
-#include "workbook/files/FileBeside.h"
+#include "workbook/FileBeside.h"
 #include "workbook/files/HtmlTables.h"
 
 namespace tellurix {

@@ -10,7 +10,7 @@
 
 #include "numeric/Text.h"
 #include "workbook/WorkbookContents.h"
-#include "workbook/files/FileBeside.h"
+#include "workbook/FileBeside.h"
 #include "workbook/files/ZipFile.h"
 
 namespace tellurix {
