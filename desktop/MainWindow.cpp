@@ -253,6 +253,8 @@ void MainWindow::CommandEnded() {
 
 void MainWindow::NewWorkbook() { RunEntry(*FindCommand("M_New_Workbook")); }
 
+void MainWindow::NewReport() { RunEntry(*FindCommand("M_New_Report")); }
+
 void MainWindow::SetupToolsMenu() {
   SetupTools(session_);
   BuildMenus();

@@ -81,6 +81,7 @@ class MainWindow : public QMainWindow {
   QString Printer;  // chosen in Printer Setup; empty: the system's
   QMdiArea& Area() { return *area_; }
   void NewWorkbook();
+  void NewReport();
   void SetupToolsMenu();
 
  protected:
