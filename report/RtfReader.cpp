@@ -25,6 +25,8 @@ constexpr std::size_t MaxStyleWords = 64;
 constexpr std::size_t MaxCells = 1000;  // defined for a row
 constexpr std::size_t MaxFontName = 64;
 constexpr int MaxLength = 1'000'000;  // twips
+constexpr int MaxListTokens = 100;    // looked through for the sign of a list item
+constexpr int MaxApart = 3;           // texts within texts: a note in a box in a note
 constexpr int MaxHalfPoints = 3276;   // 1638 points, the largest size of the format
 constexpr int DefaultCellWidth = 1440;
 constexpr int DefaultBorder = 15;
@@ -91,6 +93,14 @@ enum class Word {
   TwoVersions,
   NestedProperties,
   TableEnd,
+  Note,
+  NoteMark,
+  Shape,
+  ShapeProperty,
+  ShapeText,
+  ShapeResult,
+  ListText,
+  Deleted,
   Skip,
 };
 
@@ -218,89 +228,30 @@ const std::unordered_map<std::string_view, Keyword>& Keywords() {
                              "trbrdrb", "trbrdrl", "trbrdrr", "trbrdrh", "trbrdrv"}) {
       map[word] = {Word::OtherBorder};
     }
-    for (const char* word : {"aftncn",
-                             "aftnsep",
-                             "aftnsepc",
-                             "annotation",
-                             "author",
-                             "background",
-                             "blipuid",
-                             "bkmkend",
-                             "bkmkstart",
-                             "buptim",
-                             "category",
-                             "colorschememapping",
-                             "comment",
-                             "company",
-                             "creatim",
-                             "datafield",
-                             "datastore",
-                             "do",
-                             "doccomm",
-                             "docvar",
-                             "falt",
-                             "filetbl",
-                             "fldinst",
-                             "fontemb",
-                             "footer",
-                             "footerf",
-                             "footerl",
-                             "footerr",
-                             "footnote",
-                             "formfield",
-                             "ftncn",
-                             "ftnsep",
-                             "ftnsepc",
-                             "generator",
-                             "header",
-                             "headerf",
-                             "headerl",
-                             "headerr",
-                             "hlinkbase",
-                             "info",
-                             "keywords",
-                             "latentstyles",
-                             "listoverridetable",
-                             "listtable",
-                             "manager",
-                             "mmathPr",
-                             "nonesttables",
-                             "nonshppict",
-                             "objclass",
-                             "objdata",
-                             "objname",
-                             "operator",
-                             "panose",
-                             "pgptbl",
-                             "picprop",
-                             "pn",
-                             "pnseclvl",
-                             "pntxta",
-                             "pntxtb",
-                             "printim",
-                             "private1",
-                             "protusertbl",
-                             "revtbl",
-                             "revtim",
-                             "rsidtbl",
-                             "rxe",
-                             "shpinst",
-                             "sn",
-                             "sp",
-                             "subject",
-                             "sv",
-                             "tc",
-                             "tcn",
-                             "template",
-                             "themedata",
-                             "title",
-                             "txe",
-                             "userprops",
-                             "wgrffmtfilter",
-                             "xe",
-                             "xmlnstbl"}) {
+    for (const char* word :
+         {"aftncn",      "aftnsep",   "aftnsepc",      "annotation",   "author",       "background",
+          "blipuid",     "bkmkend",   "bkmkstart",     "buptim",       "category",     "colorschememapping",
+          "comment",     "company",   "creatim",       "datafield",    "datastore",    "do",
+          "doccomm",     "docvar",    "falt",          "filetbl",      "fldinst",      "fontemb",
+          "footer",      "footerf",   "footerl",       "footerr",      "formfield",    "ftncn",
+          "ftnsep",      "ftnsepc",   "generator",     "header",       "headerf",      "headerl",
+          "headerr",     "hlinkbase", "info",          "keywords",     "latentstyles", "listoverridetable",
+          "listtable",   "manager",   "mmathPr",       "nonesttables", "nonshppict",   "objclass",
+          "objdata",     "objname",   "operator",      "panose",       "pgptbl",       "picprop",
+          "pn",          "pnseclvl",  "pntxta",        "pntxtb",       "printim",      "private1",
+          "protusertbl", "revtbl",    "revtim",        "rsidtbl",      "rxe",          "sn",
+          "subject",     "tc",        "tcn",           "template",     "themedata",    "title",
+          "txe",         "userprops", "wgrffmtfilter", "xe",           "xmlnstbl"}) {
       map[word] = {Word::Skip};
     }
+    map["footnote"] = {Word::Note};
+    map["chftn"] = {Word::NoteMark};
+    map["shpinst"] = {Word::Shape};
+    map["sp"] = {Word::ShapeProperty};
+    map["shptxt"] = {Word::ShapeText};
+    map["shprslt"] = {Word::ShapeResult};
+    map["listtext"] = map["pntext"] = {Word::ListText};
+    map["deleted"] = {Word::Deleted};
     return map;
   }();
   return keywords;
@@ -476,10 +427,19 @@ class RtfReader {
       return true;
     }
     const Keyword* keyword = FindKeyword(token.text);
-    if (keyword == nullptr || (keyword->word != Word::Picture && keyword->word != Word::NestedProperties &&
-                               keyword->word != Word::TableEnd)) {
-      return SkipGroup();
-    }
+    const auto isRead = [&] {
+      switch (keyword->word) {
+        case Word::Picture:
+        case Word::NestedProperties:
+        case Word::TableEnd:
+        case Word::Note:
+        case Word::Shape:
+          return true;
+        default:
+          return false;
+      }
+    };
+    if (keyword == nullptr || !isRead()) return SkipGroup();
     lexer_ = ahead;
     return Control(token, start);
   }
@@ -556,6 +516,7 @@ class RtfReader {
         if (nestedCellEnded_) Append({});
         FlushSurrogate();
         NextRun(true).picture = std::move(picture);
+        shapeIsRead_ = true;
         return CloseGroup();
       }
       case Word::TwoVersions:
@@ -565,6 +526,27 @@ class RtfReader {
         CloseTable();
         partsTables_ = true;
         return SkipGroup();
+      case Word::Note:
+        notes_.push_back(ReadApart(static_cast<int>(notes_.size()) + 1));
+        return CloseGroup();
+      case Word::NoteMark:
+        Append(std::to_string(noteNumber_ > 0 ? noteNumber_ : static_cast<int>(notes_.size()) + 1));
+        break;
+      case Word::Shape:
+        shapeIsRead_ = false;
+        break;
+      case Word::ShapeProperty:
+        return IsPictureOfShape() || SkipGroup();
+      case Word::ShapeText:
+        shapeIsRead_ = true;
+        for (Block& block : ReadApart(noteNumber_).blocks) boxes_.push_back(std::move(block));
+        return CloseGroup();
+      case Word::ShapeResult:  // the same in the form of older readers
+        return !shapeIsRead_ || SkipGroup();
+      case Word::ListText:
+        return ShowsSomething() || SkipGroup();
+      case Word::Deleted:  // by a change that is tracked
+        return (token.hasNumber && token.number == 0) || states_.size() <= 1 || SkipGroup();
       case Word::Skip:
         return SkipGroup();
       case Word::Style:
@@ -577,6 +559,107 @@ class RtfReader {
         break;
     }
     return true;
+  }
+
+  // --- Notes and shapes ---
+
+  // The rest of the group as a text of its own, with the tables of the document.
+  RichText ReadApart(int noteNumber) {
+    const std::size_t start = lexer_.Position();
+    lexer_.SkipGroup();
+    if (apart_ == MaxApart) return {};
+    RtfReader reader(bytes_.substr(start, lexer_.Position() - start));
+    reader.apart_ = apart_ + 1;
+    reader.noteNumber_ = noteNumber;
+    reader.state_ = state_;
+    reader.state_.paragraph = {};
+    reader.states_.push_back(reader.state_);  // of the group, as of a document's own
+    reader.codePage_ = codePage_;
+    reader.defaultFont_ = defaultFont_;
+    const auto exchangeTables = [&] {
+      reader.fonts_.swap(fonts_);
+      reader.colours_.swap(colours_);
+      reader.styles_.swap(styles_);
+    };
+    exchangeTables();
+    RichText text = reader.Read();
+    exchangeTables();
+    return text;
+  }
+
+  // Whether the property that begins here is the picture of a shape; then it is gone into.
+  bool IsPictureOfShape() {
+    RtfLexer ahead = lexer_;
+    const auto next = [&](Kind kind, std::string_view text) {
+      const RtfToken token = ahead.Next();
+      return token.kind == kind && (kind == Kind::Open || kind == Kind::Close || Trim(token.text) == text);
+    };
+    if (!next(Kind::Open, "") || !next(Kind::Word, "sn") || !next(Kind::Text, "pib") || !next(Kind::Close, "")) {
+      return false;
+    }
+    const RtfLexer value = ahead;
+    if (!next(Kind::Open, "") || !next(Kind::Word, "sv")) return false;
+    const bool isPicture = next(Kind::Open, "") && next(Kind::Word, "pict");
+    if (isPicture) lexer_ = value;
+    return isPicture;
+  }
+
+  // Whether the rest of the group has more to show than blanks and tabs. A long one has.
+  bool ShowsSomething() const {
+    RtfLexer ahead = lexer_;
+    int depth = 0;
+    for (int tokens = 0; depth >= 0; ++tokens) {
+      if (tokens == MaxListTokens) return true;
+      const RtfToken token = ahead.Next();
+      switch (token.kind) {
+        case Kind::End:
+          return false;
+        case Kind::Open:
+          ++depth;
+          break;
+        case Kind::Close:
+          --depth;
+          break;
+        case Kind::Text:
+          if (!Trim(token.text).empty()) return true;
+          break;
+        case Kind::Byte:
+          return true;
+        case Kind::Symbol:
+          if (SymbolWord(token.text.front()) != 0) return true;
+          break;
+        case Kind::Word:
+          if (const Keyword* keyword = FindKeyword(token.text);
+              keyword && (keyword->word == Word::Unicode || keyword->word == Word::Picture ||
+                          (keyword->word == Word::Character && keyword->value != '\t'))) {
+            return true;
+          }
+          break;
+        case Kind::Binary:
+          break;
+      }
+    }
+    return false;
+  }
+
+  // What stands in boxes comes after the paragraph to which they are tied.
+  void PlaceBoxes(bool inCell) {
+    for (Block& block : std::exchange(boxes_, {})) {
+      if (!inCell) {
+        document_.blocks.push_back(std::move(block));
+      } else if (auto* paragraph = std::get_if<Paragraph>(&block)) {
+        cell_.push_back(std::move(*paragraph));
+      } else {
+        for (TableRow& row : std::get<Table>(block).rows) {
+          for (TableCell& cell : row.cells) std::ranges::move(cell.paragraphs, std::back_inserter(cell_));
+        }
+      }
+    }
+  }
+
+  void PlaceNotes() {
+    if (!notes_.empty()) document_.blocks.emplace_back(Paragraph{});
+    for (RichText& note : notes_) std::ranges::move(note.blocks, std::back_inserter(document_.blocks));
   }
 
   void Property(const Keyword& keyword, const RtfToken& token) {
@@ -821,11 +904,13 @@ class RtfReader {
   void EndParagraph() {
     if (state_.paragraph.inTable) {
       cell_.push_back(TakeParagraph());
+      PlaceBoxes(true);
     } else {
       Paragraph paragraph = TakeParagraph();
-      if (std::exchange(partsTables_, false) && paragraph.runs.empty()) return;
+      if (std::exchange(partsTables_, false) && paragraph.runs.empty() && boxes_.empty()) return;
       CloseTable();
       document_.blocks.emplace_back(std::move(paragraph));
+      PlaceBoxes(false);
     }
     afterNestedRow_ = false;
   }
@@ -840,6 +925,7 @@ class RtfReader {
     partsTables_ = false;
     Paragraph last = TakeParagraph();
     if (!afterNestedRow_ || cell_.empty() || !last.runs.empty()) cell_.push_back(std::move(last));
+    PlaceBoxes(true);
     afterNestedRow_ = false;
     cells_.push_back(std::exchange(cell_, {}));
   }
@@ -956,6 +1042,8 @@ class RtfReader {
       }
     }
     CloseTable();
+    PlaceBoxes(false);
+    PlaceNotes();
   }
 
   // --- Tables of the document. Each reads up to and with the brace that closes its group; false at the end of the
@@ -1144,6 +1232,13 @@ class RtfReader {
   int skip_ = 0;  // stand-ins of a \u yet to be skipped
   char32_t highSurrogate_ = 0;
   TabStop nextTab_;
+
+  // Notes and shapes
+  int apart_ = 0;       // how many texts this one stands in
+  int noteNumber_ = 0;  // of the note that this text is; 0: none
+  std::vector<RichText> notes_;
+  std::vector<Block> boxes_;  // of the paragraph under way
+  bool shapeIsRead_ = false;  // the last shape has shown something
 
   // Paragraphs and tables under way
   Paragraph paragraph_;

@@ -186,10 +186,43 @@ TEST(RtfReader, ShowsNoDestinationButText) {
   EXPECT_EQ(
       TextOf(
           "{\\info{\\title T}{\\author A}}{\\header H}{\\footerr F}{\\*\\generator G;}{\\*\\unknown{\\b U}}"
-          "{\\*\\bkmkstart m}{\\footnote N}{\\xe X}a{\\field{\\*\\fldinst PAGE}{\\fldrslt 7}}"
+          "{\\*\\bkmkstart m}{\\xe X}a{\\field{\\*\\fldinst PAGE}{\\fldrslt 7}}"
           "{\\field{\\*\\fldinst{ X }}{\\fldrslt{\\b R}}}{\\pntext 1.\\tab}{\\listtext\\'b7}{\\*}{\\*\\pn{\\pntxtb (}}"
           "{\\object{\\*\\objdata 00ff}{\\result O}}z\\bin3 }{}\\unknownword7 !"),
       "a7R1.\t·Oz!\n");
+}
+
+// As LibreOffice 7.4 and the description write them.
+TEST(RtfReader, KeepsTheTextOfNotesAndBoxes) {
+  EXPECT_EQ(
+      TextOf(" Body{\\super\\chftn{\\*\\footnote\\chftn\\pard\\plain  one{\\b  bold}\\par two}} on{\\super\\chftn}"
+             "{\\footnote\\ftnalt\\chftn  end}.\\par last"),
+      "Body1 on2.\nlast\n\n1 one bold\ntwo\n2 end\n");
+  const std::string box =
+      "{\\shp{\\*\\shpinst\\shpleft3402{\\sp{\\sn shapeType}{\\sv 202}}{\\shptxt\\ql{Box}\\par }}{\\shprslt Fallback}}";
+  EXPECT_EQ(TextOf(" before\\par " + box + "beside\\par after"), "before\nbeside\nBox\nafter\n");
+  EXPECT_EQ(TextOf("\\trowd\\cellx900\\cellx1800\\intbl a" + box + "\\cell b\\cell\\row\\pard z"), "a    b\nBox\nz\n");
+  EXPECT_EQ(TextOf("{\\shp{\\*\\shpinst{\\sp{\\sn fill}{\\sv 1}}}{\\shprslt Drawn}}"), "Drawn\n");
+
+  // The picture of a shape, and not its stand-in as well.
+  const RichText document = Read(
+      " a{\\shp{\\*\\shpinst{\\sp{\\sn pib}{\\sv {\\pict\\pngblip\\picwgoal99 0102}}}{\\sp{\\sn pibName}{\\sv x.png}}}"
+      "{\\shprslt{\\pict\\wmetafile8 0304}}}b");
+  const auto& runs = ParagraphAt(document, 0).runs;
+  ASSERT_EQ(runs.size(), 3u);
+  ASSERT_TRUE(runs[1].picture);
+  EXPECT_EQ(runs[1].picture->kind, "pngblip");
+  EXPECT_EQ(WriteText(document), "ab\n");
+}
+
+TEST(RtfReader, LeavesOutWhatAChangeDeletedAndSignsThatShowNothing) {
+  EXPECT_EQ(TextOf(" Kept {\\deleted\\revauthdel1 gone}{\\revised\\revauth1 new} end{\\deleted0  still}"),
+            "Kept new end still\n");
+  EXPECT_EQ(TextOf(" a\\deleted b"), "ab\n");
+  EXPECT_EQ(
+      TextOf(
+          "{\\listtext\\pard\\plain \\tab}Head\\par{\\listtext \\bullet\\tab}item\\par{\\listtext\\u8226 ?\\tab}more"),
+      "Head\n\xe2\x80\xa2\titem\n\xe2\x80\xa2\tmore\n");
 }
 
 TEST(RtfReader, ReadsTables) {
