@@ -57,6 +57,11 @@ std::vector<std::string> Samples() {
       "\\u-8704?{\\super 2}{\\v /h/12/}\\par\\pard\\tqdec\\tx900 a\\tab b\\line c\\par{\\field{\\*\\fldinst "
       "X}{\\fldrslt y}}"
       "{\\pntext 1.\\tab}\\sect\\page z\\par}",
+      "{\\rtf1 a{\\super\\chftn{\\*\\footnote\\chftn\\plain  n{\\b o}\\par t}}{\\shp{\\*\\shpinst\\shpleft1{\\sp{\\sn "
+      "pib}{\\sv "
+      "{\\pict\\pngblip\\picwgoal99 0102}}}{\\sp{\\sn x}{\\sv 1}}{\\shptxt\\ql{\\*\\footnote "
+      "f}\\trowd\\cellx900\\intbl "
+      "c\\cell\\row}}{\\shprslt{\\pict\\wmetafile8 03}}}{\\deleted d}{\\listtext\\tab}e\\par}",
       "{\\rtf1\\trowd\\trgaph108\\trhdr\\trqc\\clbrdrt\\brdrs\\brdrw15\\clmgf\\cellx900\\clmrg\\cellx1800\\pard\\intbl "
       "a\\cell\\cell"
       "\\row\\trowd\\clvmrg\\cellx900\\clbrdrb\\brdrdb\\cellx1800\\pard\\intbl x\\par\\pard\\intbl\\itap2 n\\nestcell "
