@@ -152,7 +152,7 @@ bool OpenFile(Session& session, const fs::path& file) {
     return false;
   }
   if (!OpenByExtension(session, file)) return false;
-  Remember(session, file);
+  if (!IsTemporaryCopy(file)) Remember(session, file);
   return true;
 }
 
