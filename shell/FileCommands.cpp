@@ -73,7 +73,7 @@ void TakeName(DocumentState& document, const fs::path& file) {
   document.changed = false;
 }
 
-// The history, and the folder in which the next dialog begins.
+// What follows every open and every save under a name: its folder is the last data folder.
 void Remember(Session& session, const fs::path& file) {
   std::error_code error;
   session.paths.data = fs::absolute(file, error).parent_path();
