@@ -1,25 +1,58 @@
 // Accuracy of the kernel against 50-digit values, region by region; shared by the tests and by bench/Accuracy.cpp.
+//
+// A file *Regions.cpp of this folder holds the regions of one subject and adds them to the table:
+//   const bool added = AddRegions(&MyRegions);
 #pragma once
 
+#include <cmath>
+#include <functional>
+#include <optional>
+#include <random>
 #include <string>
 #include <vector>
 
 namespace tellurix::accuracy {
 
+using Random = std::mt19937_64;
+
+inline double Uniform(Random& random, double low, double high) {
+  return std::uniform_real_distribution<double>(low, high)(random);
+}
+
+inline double LogUniform(Random& random, double low, double high) {
+  return std::exp(Uniform(random, std::log(low), std::log(high)));
+}
+
+struct Point {
+  std::vector<double> arguments;
+  double error;  // relative, unless the region's name says otherwise
+};
+
+struct Region {
+  std::string function;
+  std::string name;
+  double worstBound;
+  double medianBound;  // 0: nothing promised
+  // One point, or nothing where the drawn arguments lie outside the region.
+  std::function<std::optional<Point>(Random&)> draw;
+};
+
+// Adds a list of regions to the table; true.
+bool AddRegions(std::vector<Region> (*regions)());
+
 struct RegionResult {
   std::string function;
   std::string region;
   int points = 0;
-  double worst = 0;        // the largest relative error
-  double median = 0;       // the median relative error
-  std::string worstPoint;  // its arguments
+  double worst = 0;        // the largest error
+  double median = 0;       // the median error
+  std::string worstPoint;  // the arguments of the largest one
   double worstBound = 0;   // what the library promises
   double medianBound = 0;  // 0: nothing promised
 };
 
-// Draws `points` arguments in every region (the same ones for the same number) and compares the kernel there with an
-// independent computation in 50 digits: incomplete gamma by power series and Legendre's continued fraction, incomplete
-// beta by the continued fraction of Abramowitz & Stegun 26.5.8, inverses by Newton's method on those.
+// Draws `points` arguments in every region (the same ones for the same number) and compares the kernel there with
+// tests/kernel/Reference.h. Sorted by function; the regions of one function in their own order.
 std::vector<RegionResult> MeasureRegions(int points);
 
 // The 50-digit incomplete gamma and beta against closed forms and against another method of computing them: the largest
