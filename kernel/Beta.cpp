@@ -12,31 +12,6 @@ namespace {
 // From this smaller parameter on, the uniform expansion is faster than the continued fraction.
 constexpr f64 UniformFrom = 60;
 
-// x*y as the sum of two doubles, and a+b likewise: T. J. Dekker (1971), Numerische Mathematik 18:224-242.
-struct Pair {
-  f64 high;
-  f64 low;
-};
-
-Pair Sum(f64 a, f64 b) {
-  const f64 high = a + b;
-  const f64 part = high - a;
-  return {high, (a - (high - part)) + (b - part)};
-}
-
-Pair Split(f64 x) {
-  const f64 scaled = 134217729.0 * x;
-  const f64 high = scaled - (scaled - x);
-  return {high, x - high};
-}
-
-Pair Product(f64 x, f64 y) {
-  const f64 high = x * y;
-  const Pair u = Split(x);
-  const Pair v = Split(y);
-  return {high, ((u.high * v.high - high) + u.high * v.low + u.low * v.high) + u.low * v.low};
-}
-
 // a - (a + b) x, which is also (a + b) y - b, precise near its zero (the mean).
 f64 MeanMinus(f64 x, f64 y, f64 a, f64 b) {
   const Pair sum = Sum(a, b);
@@ -47,27 +22,65 @@ f64 MeanMinus(f64 x, f64 y, f64 a, f64 b) {
   return byX ? (a - product.high) - low : (product.high - b) + low;
 }
 
-// x^a y^b / B(a, b) for a <= b; lambda is MeanMinus. Both parameters small: the plain product. One small: the gamma
-// density's (r x)^a e^(-r x) with r = a + b, and what is left. Both large: the saddle-point form (Loader 2000).
-f64 Power(f64 x, f64 y, f64 a, f64 b, f64 lambda) {
+// The smaller of x and y is exact; the other as a pair.
+struct Weights {
+  Pair x;
+  Pair y;
+};
+
+Weights Exactly(f64 x, f64 y) { return x <= y ? Weights{{x, 0}, Sum(1, -x)} : Weights{Sum(1, -y), {y, 0}}; }
+
+// The exponent a D(-lambda/a) + b D(lambda/b) of the saddle-point form (D is LogDeficit), and exp(-exponent), which is
+// (r x/a)^a (r y/b)^b.
+struct Saddle {
+  f64 exponent;
+  f64 decay;
+};
+
+Saddle SaddleAt(f64 x, f64 y, f64 a, f64 b, f64 lambda) {
   const f64 r = a + b;
-  if (b < StirlingFrom) {
-    const f64 powers =
-        x <= y ? std::pow(x, a) * std::exp(b * std::log1p(-x)) : std::exp(a * std::log1p(-y)) * std::pow(y, b);
-    return powers * a * (b / r) * InverseGammaOnePlus(a) * InverseGammaOnePlus(b) / InverseGammaOnePlus(r);
+  const f64 exponent = a * LogDeficit(-lambda / a, x * (r / a)) + b * LogDeficit(lambda / b, y * (r / b));
+  if (exponent > DeepExponent && exponent < UnderflowExponent) {
+    const Weights weights = Exactly(x, y);
+    const Pair sum = Sum(a, b);
+    const f64 decay =
+        PowerProduct(Quotient(Product(weights.x, sum), a), a, Quotient(Product(weights.y, sum), b), b, {0, 0});
+    if (!std::isnan(decay)) return {exponent, decay};
   }
-  const f64 bDeficit = b * LogDeficit(lambda / b, y * (r / b));
-  if (a < StirlingFrom) {
-    const f64 mean = r * x;
-    const f64 exponent = mean + bDeficit + (StirlingSeries(b) - StirlingSeries(r));
-    if (exponent > 2 * UnderflowExponent) return 0;
-    const f64 half = std::exp(-exponent / 2);
-    return half * std::pow(mean, a) * (a * InverseGammaOnePlus(a)) * std::sqrt(b / r) * half;
+  return {exponent, std::exp(-exponent)};
+}
+
+// x^a y^b / B(a, b) with both parameters below StirlingFrom: the plain product.
+f64 SmallPower(f64 x, f64 y, f64 a, f64 b) {
+  const f64 r = a + b;
+  const f64 powers =
+      x <= y ? std::pow(x, a) * std::exp(b * std::log1p(-x)) : std::exp(a * std::log1p(-y)) * std::pow(y, b);
+  return powers * a * (b / r) * InverseGammaOnePlus(a) * InverseGammaOnePlus(b) / InverseGammaOnePlus(r);
+}
+
+// The same with a small: the gamma density's (r x)^a e^(-r x) with r = a + b, and what is left.
+f64 MixedPower(f64 x, f64 y, f64 a, f64 b, f64 lambda) {
+  const f64 r = a + b;
+  const f64 mean = r * x;
+  const f64 exponent = mean + b * LogDeficit(lambda / b, y * (r / b));
+  if (exponent > 2 * UnderflowExponent) return 0;
+  const f64 rest = a * InverseGammaOnePlus(a) * std::sqrt(b / r) * std::exp(StirlingSeries(r) - StirlingSeries(b));
+  if (exponent > DeepExponent) {
+    // e^-exponent is e^-a (r y/b)^b.
+    const Weights weights = Exactly(x, y);
+    const Pair sum = Sum(a, b);
+    const f64 product = PowerProduct(Product(weights.x, sum), a, Quotient(Product(weights.y, sum), b), b, {-a, 0});
+    if (!std::isnan(product)) return product * rest;
   }
-  const f64 exponent = a * LogDeficit(-lambda / a, x * (r / a)) + bDeficit;
-  if (exponent > UnderflowExponent + 400) return 0;
+  const f64 half = std::exp(-exponent / 2);
+  return half * std::pow(mean, a) * rest * half;
+}
+
+// The same with both large, by the saddle-point form (Loader 2000).
+f64 LargePower(f64 a, f64 b, const Saddle& saddle) {
+  const f64 r = a + b;
   const f64 remainders = StirlingSeries(a) + StirlingSeries(b) - StirlingSeries(r);
-  return InverseSqrtTwoPi * std::sqrt(a) * std::sqrt(b / r) * std::exp(-exponent - remainders);
+  return InverseSqrtTwoPi * std::sqrt(a) * std::sqrt(b / r) * saddle.decay * std::exp(-remainders);
 }
 
 // I_x(a, b) over x^a y^b / B(a, b), for x not far above the mean (DiDonato & Morris 1992), by Steed's method. The first
@@ -150,18 +163,21 @@ BetaParts Ordered(f64 x, f64 y, f64 a, f64 b) {
     return {{1, parts.tails.upper * (a / Least)}, parts.power * (a / Least)};
   }
   const f64 lambda = MeanMinus(x, y, a, b);
-  const f64 power = Power(x, y, a, b, lambda);
   const f64 r = a + b;
   const bool below = a >= UniformFrom ? lambda >= 0 : x <= (a + 1) / (r + 2);
+  const Saddle saddle = a >= StirlingFrom ? SaddleAt(x, y, a, b, lambda) : Saddle{0, 1};
+  const f64 power = a >= StirlingFrom   ? LargePower(a, b, saddle)
+                    : b >= StirlingFrom ? MixedPower(x, y, a, b, lambda)
+                                        : SmallPower(x, y, a, b);
   if (a >= UniformFrom) {
-    const f64 exponent = a * LogDeficit(-lambda / a, x * (r / a)) + b * LogDeficit(lambda / b, y * (r / b));
+    const f64 exponent = saddle.exponent;
     if (exponent > UnderflowExponent) return {below ? Tails{0, 1} : Tails{1, 0}, power};
     if (exponent <= 0.5 * a) {
       const f64 zeta = std::copysign(std::sqrt(2 * exponent / a), -lambda);
       const int terms = UniformTerms(a, zeta);
       std::array<f64, MostTerms> coefficients;
       UniformCoefficients(a / r, b / r, terms, coefficients.data());
-      return {UniformTails(a, zeta, exponent, coefficients.data(), terms), power};
+      return {UniformTails(a, zeta, exponent, saddle.decay, coefficients.data(), terms), power};
     }
   }
   const auto part = [&](f64 u, f64 v, f64 p, f64 q, f64 distance) {

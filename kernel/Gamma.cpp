@@ -112,26 +112,63 @@ f64 UpperTaylor(f64 a, f64 x) {
 Tails FromLower(f64 lower) { return {std::min(lower, 1.0), std::max(1 - lower, 0.0)}; }
 Tails FromUpper(f64 upper) { return {std::max(1 - upper, 0.0), std::min(upper, 1.0)}; }
 
-Tails SmallShape(f64 a, f64 x) {
-  if (x > 2 * UnderflowExponent) return {1, 0};
-  if (a < 1 && x < 1.5 && a * std::log(x) > -0.7) return FromUpper(std::max(UpperTaylor(a, x), 0.0));
+GammaParts SmallShape(f64 a, f64 x) {
+  if (x > 2 * UnderflowExponent) return {{1, 0}, 0};
   const f64 half = std::exp(-x / 2);
   const f64 power = half * std::pow(x, a) * InverseGammaOnePlus(a) * half;
-  const bool lower = a < 1 ? x < 1.5 : x < a + 1;
-  return lower ? FromLower(power * LowerSeries(a, x)) : FromUpper(power * UpperFraction(a, x));
+  const auto tails = [&] {
+    if (a < 1 && x < 1.5 && a * std::log(x) > -0.7) return FromUpper(std::max(UpperTaylor(a, x), 0.0));
+    const bool lower = a < 1 ? x < 1.5 : x < a + 1;
+    return lower ? FromLower(power * LowerSeries(a, x)) : FromUpper(power * UpperFraction(a, x));
+  };
+  return {tails(), power * a};
 }
 
-Tails LargeShape(f64 a, f64 x) {
+// exp(-exponent), which is (x/a)^a e^(a - x).
+f64 Decay(f64 a, f64 x, f64 exponent) {
+  if (exponent > DeepExponent && exponent < UnderflowExponent) {
+    const f64 decay = PowerProduct(Quotient({x, 0}, a), a, {1, 0}, 0, Sum(a, -x));
+    if (!std::isnan(decay)) return decay;
+  }
+  return std::exp(-exponent);
+}
+
+GammaParts LargeShape(f64 a, f64 x) {
   const f64 e = (x - a) / a;
   const f64 deficit = LogDeficit(e, x / a);
   const f64 exponent = a * deficit;
-  if (exponent > UnderflowExponent) return x < a ? Tails{0, 1} : Tails{1, 0};
+  if (exponent > UnderflowExponent) return {x < a ? Tails{0, 1} : Tails{1, 0}, 0};
+  const f64 decay = Decay(a, x, exponent);
+  const f64 power = decay * std::exp(-StirlingSeries(a)) * InverseSqrtTwoPi * std::sqrt(a);
   if (deficit <= 0.5) {
     const f64 zeta = std::copysign(std::sqrt(2 * deficit), e);
-    return UniformTails(a, zeta, exponent, GammaCoefficients.data(), UniformTerms(a, zeta));
+    const int terms = UniformTerms(a, zeta);
+    return {UniformTails(a, zeta, exponent, decay, GammaCoefficients.data(), terms), power};
   }
-  const f64 power = std::exp(-exponent - StirlingSeries(a)) * InverseSqrtTwoPi / std::sqrt(a);
-  return x < a ? FromLower(power * LowerSeries(a, x)) : FromUpper(power * UpperFraction(a, x));
+  return {x < a ? FromLower(power / a * LowerSeries(a, x)) : FromUpper(power / a * UpperFraction(a, x)), power};
+}
+
+// ln Gamma(2 + u) for |u| <= 1/2: (1 - gamma) u plus the sum of (zeta(k) - 1) (-u)^k / k (DLMF 5.7.3).
+f64 LogGammaTwoPlus(f64 u) {
+  static constexpr std::array<f64, 28> C{
+      4.227843350984671393935e-1,  3.224670334241132182362e-1,  -6.735230105319809513325e-2,
+      2.058080842778454787900e-2,  -7.385551028673985266273e-3, 2.890510330741523285753e-3,
+      -1.192753911703260977114e-3, 5.096695247430424223357e-4,  -2.231547584535793797614e-4,
+      9.945751278180853371460e-5,  -4.492623673813314170021e-5, 2.050721277567069155317e-5,
+      -9.439488275268395903987e-6, 4.374866789907487804182e-6,  -2.039215753801366236782e-6,
+      9.551412130407419832857e-7,  -4.492469198764566043294e-7, 2.120718480555466586923e-7,
+      -1.004322482396809960872e-7, 4.769810169363980565760e-8,  -2.271109460894316491032e-8,
+      1.083865921489695409107e-8,  -5.183475041970046655121e-9, 2.483674543802478317185e-9,
+      -1.192140140586091207443e-9, 5.731367241678862013330e-10, -2.759522885124233145178e-10,
+      1.330476437424448948150e-10};
+  const f64 s = u * u;
+  f64 even = C[26];
+  f64 odd = C[27];
+  for (int i = 24; i >= 0; i -= 2) {
+    even = even * s + C[i];
+    odd = odd * s + C[i + 1];
+  }
+  return u * (even + u * odd);
 }
 
 }  // namespace
@@ -168,9 +205,9 @@ f64 LogDeficit(f64 e) { return LogDeficit(e, 1 + e); }
 f64 LogGammaOnePlus(f64 a) {
   if (a >= StirlingFrom) return LogGamma(a + 1);
   if (a > 0.5) {
-    // ln Gamma(1 + a) = ln a + ln Gamma(a); near a = 1 both are small and neither cancels the other by much.
-    if (a <= 1.5) return std::log1p(a - 1) - std::log1p(InverseGammaOnePlusMinus1(a - 1));
-    return -std::log(InverseGammaOnePlus(a));
+    f64 product = 1;
+    for (; a > 1.5; a -= 1) product *= a;
+    return product == 1 ? LogGammaTwoPlus(a - 1) : std::log(product) + LogGammaTwoPlus(a - 1);
   }
   if (a >= -0.5) return -std::log1p(InverseGammaOnePlusMinus1(a));
   if (!(a > -1)) return NaN;
@@ -211,7 +248,21 @@ int UniformTerms(f64 a, f64 zeta) {
   return MostTerms;
 }
 
-Tails UniformTails(f64 a, f64 zeta, f64 exponent, const f64* coefficients, int terms) {
+f64 PowerProduct(const Pair& u, f64 p, const Pair& v, f64 q, const Pair& s) {
+  constexpr f64 SafeLog = 230;
+  constexpr int MostHalvings = 5;
+  const f64 most = std::max({std::fabs(p * std::log(u.high)), std::fabs(q * std::log(v.high)), std::fabs(s.high)});
+  f64 share = 1;
+  int halvings = 0;
+  for (; !(most * share < SafeLog); share /= 2) {
+    if (++halvings > MostHalvings) return NaN;
+  }
+  f64 product = std::pow(u.high, p * share) * std::pow(v.high, q * share) * std::exp(s.high * share);
+  for (; halvings > 0; --halvings) product *= product;
+  return product * std::exp(p * (u.low / u.high) + q * (v.low / v.high) + s.low);
+}
+
+Tails UniformTails(f64 a, f64 zeta, f64 exponent, f64 decay, const f64* coefficients, int terms) {
   f64 next = coefficients[terms - 1];     // beta(n + 1)
   f64 current = coefficients[terms - 2];  // beta(n)
   f64 sum = next * zeta + current;
@@ -226,16 +277,17 @@ Tails UniformTails(f64 a, f64 zeta, f64 exponent, const f64* coefficients, int t
   const f64 normalizer = 1 + next * perA;
   const f64 rest = InverseSqrtTwoPi / std::sqrt(a) * sum / normalizer;
   const f64 scaled = ScaledNormalTail(std::sqrt(2 * exponent));
-  const f64 decay = std::exp(-exponent);
   return zeta < 0 ? FromLower(decay * (scaled - rest)) : FromUpper(decay * (scaled + rest));
 }
 
-Tails GammaTails(f64 a, f64 x) {
-  if (!(a > 0 && x >= 0) || std::isinf(a)) return {NaN, NaN};
-  if (x == 0) return {0, 1};
-  if (std::isinf(x)) return {1, 0};
+GammaParts GammaAt(f64 a, f64 x) {
+  if (!(a > 0 && x >= 0) || std::isinf(a)) return {{NaN, NaN}, NaN};
+  if (x == 0) return {{0, 1}, 0};
+  if (std::isinf(x)) return {{1, 0}, 0};
   return a < StirlingFrom ? SmallShape(a, x) : LargeShape(a, x);
 }
+
+Tails GammaTails(f64 a, f64 x) { return GammaAt(a, x).tails; }
 
 }  // namespace tellurix::kernel
 
@@ -244,3 +296,5 @@ f64 GAMMAD(const f64& x, const f64& p, i32& ifault) {
   ifault = std::isnan(lower) ? 1 : 0;
   return ifault != 0 ? 0 : lower;
 }
+
+f64 ALOGAM(const f64& x) { return tellurix::kernel::LogGamma(x); }

@@ -41,6 +41,65 @@ TELLURIX_KERNEL f64 GAMMAD(const f64& x, const f64& p, i32& ifault);
 
 // --- distributions and their inverses ---
 
+// ln Gamma(x) for x > 0, precise near its zeros 1 and 2 too; infinite for x infinite or above about 2.5e305, NaN for
+// x <= 0 or NaN. Name of algorithm ACM 291 (Pike & Hill 1966, Communications of the ACM 9:684); method in LogGamma.
+TELLURIX_KERNEL f64 ALOGAM(const f64& x);
+
+// ln(1 + x) for x >= -1, precise relative to x when x is near 0; -infinity for -1, NaN below it or for NaN. Name of the
+// SLATEC routine (W. Fullerton 1977).
+TELLURIX_KERNEL f64 DLNREL(const f64& x);
+
+// The value x of chi-square on df > 0 degrees of freedom (fractional allowed) with P(X <= x) = p, 0 <= p < 1;
+// otherwise, or beyond the largest double, ifault is 1 and the result 0. Name and purpose of algorithm AS 91 (Best &
+// Roberts 1975, Applied Statistics 24:385-388), without its limits on p and df.
+TELLURIX_KERNEL f64 PPCHI2(const f64& p, const f64& df, i32& ifault);
+
+// The value f of the F distribution on dfn numerator and dfd denominator degrees of freedom (above 0, fractional
+// allowed; the DENOMINATOR comes first) with P(F > f) = p. 3e300, the system's missing value, for an illegal argument
+// and where f lies beyond the largest double (p = 0 among them).
+TELLURIX_KERNEL f64 FFROMP(const f64& dfd, const f64& dfn, const f64& p);
+
+// Poisson probabilities at a mean >= 0: of n or more events, n or fewer, and exactly n (n >= 0), each precise relative
+// to itself however small. ifault 1 and zeros for illegal arguments. From the gamma distribution; nothing is summed up.
+TELLURIX_KERNEL void POISSON(const f64& mean, const i32& n, f64& orMore, f64& orFewer, f64& exactly, i32& ifault);
+
+// The mean of a Poisson distribution from one probability p (0 < p < 1) of a count n >= 0, with the three probabilities
+// at that mean. `which` tells what p is: 1 that of n or more events (n > 0), 2 of n or fewer, 3 of exactly n, where of
+// the two means that have it the one not below n is taken. ifault 1 and zeros where there is no such mean.
+TELLURIX_KERNEL void POISSONI(const f64& p, const i32& n, const i32& which, f64& mean, f64& orMore, f64& orFewer,
+                              f64& exactly, i32& ifault);
+
+// Binomial probabilities in n >= 0 trials of success probability p in [0, 1]: of exactly k successes (0 <= k <= n), k
+// or fewer, and k or more, each precise relative to itself however small. ifault 1 and zeros for illegal arguments.
+// From the beta distribution; nothing is summed up.
+TELLURIX_KERNEL void BINO(const i32& n, const f64& p, const i32& k, f64& exactly, f64& orFewer, f64& orMore,
+                          i32& ifault);
+
+// Exact test of r successes in n trials against the success probability p: one-sided P, the smaller of the two tails
+// with r in it, and two-sided P, that of all outcomes no likelier than r. Illegal arguments as for BINO.
+TELLURIX_KERNEL void BINO2(const i32& n, const f64& p, const i32& r, f64& oneSided, f64& twoSided, i32& ifault);
+
+// The mid-P form of BINO2: r counts by half its probability; the two-sided P is twice the one-sided, at most 1.
+// H. O. Lancaster (1961), Journal of the American Statistical Association 56:223-234.
+TELLURIX_KERNEL void BINOMID(const i32& n, const f64& p, const i32& r, f64& oneSided, f64& twoSided, i32& ifault);
+
+// Lower tail P(T <= t) of the non-central t distribution on df > 0 degrees of freedom (infinity: the normal) with
+// non-centrality delta; ifault 1 and 0 for an illegal argument or an infinite delta. Method and precision in
+// NoncentralTTails; the series is that of algorithm AS 243 (Lenth 1989, Applied Statistics 38:185-189).
+TELLURIX_KERNEL f64 PNCT(const f64& t, const f64& df, const f64& delta, i32& ifault);
+
+// The value t with PNCT(t, df, delta) = p, for p strictly between 0 and 1; ifault 1 and 0 for an illegal argument and
+// where t lies beyond the largest double. Brent's root finder on PNCT.
+TELLURIX_KERNEL f64 TNCT(const f64& p, const f64& df, const f64& delta, i32& ifault);
+
+// Lower tail P(X <= x) of the non-central chi-square distribution on df > 0 degrees of freedom with non-centrality
+// lambda >= 0, x >= 0; NaN for an illegal argument. Method and precision in NoncentralChiTails.
+TELLURIX_KERNEL f64 NCHI2(const f64& x, const f64& df, const f64& lambda);
+
+// A machine constant of doubles by job: 1 the relative spacing (2^-52), 2 the least normal number, 3 the largest
+// number; 0 for any other job. Numbering of LINPACK's DMACH (Dongarra et al. 1979).
+TELLURIX_KERNEL f64 DPMACH(const i32& job);
+
 // --- exact distributions of rank statistics ---
 
 // --- studentized range and multiple comparisons ---

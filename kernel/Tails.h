@@ -63,4 +63,14 @@ TELLURIX_KERNEL Tails StudentTails(f64 t, f64 df);
 // Lower and upper tail of the F distribution at f >= 0 on df1, df2 > 0 degrees of freedom.
 TELLURIX_KERNEL Tails FTails(f64 f, f64 df1, f64 df2);
 
+// P(T <= t) and P(T > t) of the non-central t distribution, T = (Z + delta)/S with S^2 a mean square on df > 0 degrees
+// of freedom (infinity too), delta finite, every t. Within 1e-13 absolute for |delta| up to 40 and 1e-10 beyond; where
+// t and delta are both positive the small tail is precise relative to itself. Time grows with |delta| up to 40 only.
+TELLURIX_KERNEL Tails NoncentralTTails(f64 t, f64 df, f64 delta);
+
+// P(X <= x) and P(X > x) of the non-central chi-square distribution on df > 0 degrees of freedom with non-centrality
+// lambda >= 0 (the sum of the squared means), x >= 0. The small tail is precise relative to itself for lambda up to
+// 1e8, in a time that grows with its square root; beyond it both are within 1e-9.
+TELLURIX_KERNEL Tails NoncentralChiTails(f64 x, f64 df, f64 lambda);
+
 }  // namespace tellurix::kernel

@@ -101,6 +101,44 @@ inline std::pair<Real, Real> Student(const Real& t, const Real& df) {
   return {Beta(x, y, df / 2, Real(0.5)).lower / 2, BetaPower(x, y, df / 2, Real(0.5)) / t};
 }
 
+// Lower tail of the non-central t for t > 0, by the series of Lenth (1989) term by term from the first.
+inline Real NoncentralT(const Real& t, const Real& df, const Real& delta) {
+  const Real x = t * t / (df + t * t);
+  const Real y = df / (df + t * t);
+  const Real lambda = delta * delta / 2;
+  Real sum = 2 * Normal(-delta).lower;
+  for (const Real& first : {Real(0), Real(0.5)}) {
+    const Real a = first + Real(0.5);
+    Real lower = Beta(x, y, a, df / 2).lower;
+    Real term = BetaPower(x, y, a, df / 2) / a;
+    Real weight = exp(first * log(lambda) - lambda - LogGamma(first + 1));
+    if (first > 0 && delta < 0) weight = -weight;
+    for (Real s = first; s < lambda || abs(weight) > Real("1e-40"); s += 1) {
+      sum += weight * lower;
+      lower -= term;
+      term *= x * (s + Real(0.5) + df / 2) / (s + Real(1.5));
+      weight *= lambda / (s + 1);
+    }
+  }
+  return sum / 2;
+}
+
+// Lower tail of the non-central chi-square, by its definition as a Poisson mixture.
+inline Real NoncentralChi(const Real& x, const Real& df, const Real& lambda) {
+  const Real mean = lambda / 2;
+  Real lower = Gamma(df / 2, x / 2).lower;
+  Real term = exp(df / 2 * log(x / 2) - x / 2 - LogGamma(df / 2 + 1));
+  Real weight = exp(-mean);
+  Real sum = 0;
+  for (Real s = 0; s < mean || weight > Real("1e-40"); s += 1) {
+    sum += weight * lower;
+    lower -= term;
+    term *= x / 2 / (df / 2 + s + 1);
+    weight *= mean / (s + 1);
+  }
+  return sum;
+}
+
 inline double RelativeError(double got, const Real& wanted) {
   if (!std::isfinite(got)) return std::numeric_limits<double>::infinity();
   if (wanted == 0) return got == 0 ? 0 : std::numeric_limits<double>::infinity();
