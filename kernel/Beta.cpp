@@ -148,7 +148,10 @@ void UniformCoefficients(f64 x0, f64 y0, int terms, f64* coefficients) {
 BetaParts Ordered(f64 x, f64 y, f64 a, f64 b) {
   if (b > 1e40) {
     // For b beyond all measure the variable b x has the gamma distribution, to a relative a^2/b.
-    if (a * a < b * 1e-17) return {GammaTails(a, b * x), 0};
+    if (a * a < b * 1e-17) {
+      const GammaParts parts = GammaAt(a, b * x);
+      return {parts.tails, parts.power};
+    }
     if (b > 1e280) {
       a *= 0x1p-200;
       b *= 0x1p-200;

@@ -89,7 +89,7 @@ TELLURIX_KERNEL void BINOMID(const i32& n, const f64& p, const i32& r, f64& oneS
 TELLURIX_KERNEL f64 PNCT(const f64& t, const f64& df, const f64& delta, i32& ifault);
 
 // The value t with PNCT(t, df, delta) = p, for p strictly between 0 and 1; ifault 1 and 0 for an illegal argument and
-// where t lies beyond the largest double. Brent's root finder on PNCT.
+// where |t| lies beyond 1e150. Brent's root finder on PNCT.
 TELLURIX_KERNEL f64 TNCT(const f64& p, const f64& df, const f64& delta, i32& ifault);
 
 // Lower tail P(X <= x) of the non-central chi-square distribution on df > 0 degrees of freedom with non-centrality

@@ -216,12 +216,12 @@ f64 TNCT(const f64& p, const f64& df, const f64& delta, i32& ifault) {
     const f64 deviate = GAUINV(std::min(tail, 0.5), unused);
     return (tails.lower <= tails.upper ? deviate : -deviate) - wanted;
   };
-  const f64 start = std::asinh(delta + wanted * std::sqrt(1 + delta / df * (delta / 2)));
-  f64 low = start;
+  constexpr f64 Furthest = 346;  // asinh(1e150)
+  const f64 spread = std::min(std::hypot(1, delta / std::sqrt(2 * df)), 1e300);
+  f64 low = std::clamp(std::asinh(delta + wanted * spread), -Furthest, Furthest);
   f64 atLow = miss(low);
   f64 high = low;
   f64 atHigh = atLow;
-  constexpr f64 Furthest = 710;  // sinh() beyond is infinite
   for (f64 step = 0.02; atLow > 0 && low > -Furthest; step *= 3) {
     high = low;
     atHigh = atLow;

@@ -17,10 +17,12 @@ std::vector<std::vector<Region> (*)()>& Lists() {
 }
 
 RegionResult Measure(const Region& region, int points) {
+  points = std::min(points, region.mostPoints);
   Random random(20240607);
   std::vector<double> errors;
   RegionResult result{.function = region.function,
                       .region = region.name,
+                      .wanted = points,
                       .worstBound = region.worstBound,
                       .medianBound = region.medianBound};
   for (int tries = 0; tries < 200 * points && static_cast<int>(errors.size()) < points; ++tries) {

@@ -10,6 +10,8 @@
 
 #include "kernel/Tails.h"
 #include "numeric/ColumnStats.h"
+#include "numeric/Elementary.h"
+#include "numeric/Noncentral.h"
 #include "numeric/Power.h"
 #include "numeric/Probability.h"
 
@@ -48,6 +50,23 @@ TEST(Allocation, ProbabilitiesAllocateNothing) {
              BETAIN(u, shape, 1.1 * shape, ifault) + GAMMAD(x, shape, ifault);
       sum += kernel::LogGamma(shape) + kernel::LogBeta(shape, at) + kernel::StirlingRemainder(shape);
       sum += UpperPFromChi(x, shape) + UpperPFromF(at, shape, 7) + UpperPFromT(at, shape) + TwoSidedP(at) + FoldP(u);
+      f64 a = 0;
+      f64 b = 0;
+      f64 c = 0;
+      f64 d = 0;
+      const i32 count = static_cast<i32>(shape);
+      sum += ALOGAM(shape) + DLNREL(at) + DPMACH(1) + PPCHI2(u, shape, ifault) + FFROMP(shape, 5 * at, u) +
+             PNCT(at, shape, 2, ifault) + TNCT(u, shape, at, ifault) + NCHI2(x, shape, at);
+      POISSON(x, count, a, b, c, ifault);
+      sum += a + b + c;
+      for (const i32 which : {1, 2, 3}) POISSONI(u, count, which, a, b, c, d, ifault);
+      BINO(count, u, count / 3, a, b, c, ifault);
+      sum += a + b + c;
+      BINO2(count, u, count / 3, a, b, ifault);
+      BINOMID(count, u, count / 3, c, d, ifault);
+      bool failed = false;
+      sum += a + b + c + d + ExpMinus1(at) + NoncentralityFromT(u, at, shape, failed) +
+             NoncentralityFromChi(u / 10, at, 1, failed);
       double critical = 0;
       double alpha = 0;
       CriticalValue(static_cast<std::int32_t>(shape), critical, 0.9, alpha);

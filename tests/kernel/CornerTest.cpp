@@ -11,6 +11,7 @@
 #include <cstddef>
 #include <functional>
 #include <limits>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -50,13 +51,26 @@ Function Faulting(std::string name, std::size_t arguments, Call call) {
           }};
 }
 
+// A function that writes `Results` numbers.
+template <std::size_t Results, typename Call>
+Function Writing(std::string name, std::size_t arguments, Call call) {
+  return {std::move(name), arguments, [call](const Arguments& x) {
+            Outcome out;
+            std::array<f64, Results> results{};
+            results.fill(std::numeric_limits<f64>::quiet_NaN());
+            call(x, results, out.ifault);
+            out.results.assign(results.begin(), results.end());
+            return out;
+          }};
+}
+
 template <typename Call>
 Function Plain(std::string name, std::size_t arguments, Call call) {
   return {std::move(name), arguments, [call](const Arguments& x) { return Outcome{{call(x)}, 0}; }, false};
 }
 
 // The nearest i32; NaN becomes the least one.
-[[maybe_unused]] i32 Int(f64 x) {
+i32 Int(f64 x) {
   using Limits = std::numeric_limits<i32>;
   if (!(x > Limits::min())) return Limits::min();
   return x >= Limits::max() ? Limits::max() : static_cast<i32>(x);
@@ -74,6 +88,40 @@ std::vector<Function> TailFunctions() {
   };
 }
 
+// --- distributions and their inverses ---
+
+std::vector<Function> DistributionFunctions() {
+  return {
+      Plain("ALOGAM", 1, [](const Arguments& x) { return ALOGAM(x[0]); }),
+      Plain("DLNREL", 1, [](const Arguments& x) { return DLNREL(x[0]); }),
+      Plain("DPMACH", 1, [](const Arguments& x) { return DPMACH(Int(x[0])); }),
+      Plain("FFROMP", 3, [](const Arguments& x) { return FFROMP(x[0], x[1], x[2]); }),
+      Plain("NCHI2", 3, [](const Arguments& x) { return NCHI2(x[0], x[1], x[2]); }),
+      Faulting("PPCHI2", 2, [](const Arguments& x, i32& ifault) { return PPCHI2(x[0], x[1], ifault); }),
+      Faulting("PNCT", 3, [](const Arguments& x, i32& ifault) { return PNCT(x[0], x[1], x[2], ifault); }),
+      Faulting("TNCT", 3, [](const Arguments& x, i32& ifault) { return TNCT(x[0], x[1], x[2], ifault); }),
+      Writing<3>(
+          "POISSON", 2,
+          [](const Arguments& x, auto& out, i32& ifault) { POISSON(x[0], Int(x[1]), out[0], out[1], out[2], ifault); }),
+      Writing<4>("POISSONI", 3,
+                 [](const Arguments& x, auto& out, i32& ifault) {
+                   POISSONI(x[0], Int(x[1]), Int(x[2]), out[0], out[1], out[2], out[3], ifault);
+                 }),
+      Writing<3>("BINO", 3,
+                 [](const Arguments& x, auto& out, i32& ifault) {
+                   BINO(Int(x[0]), x[1], Int(x[2]), out[0], out[1], out[2], ifault);
+                 }),
+      Writing<2>("BINO2", 3,
+                 [](const Arguments& x, auto& out, i32& ifault) {
+                   BINO2(Int(x[0]), x[1], Int(x[2]), out[0], out[1], ifault);
+                 }),
+      Writing<2>("BINOMID", 3,
+                 [](const Arguments& x, auto& out, i32& ifault) {
+                   BINOMID(Int(x[0]), x[1], Int(x[2]), out[0], out[1], ifault);
+                 }),
+  };
+}
+
 // Every combination of the corner values, the last argument running fastest.
 void ForEachCombination(std::size_t count, const std::function<void(const Arguments&)>& visit) {
   std::vector<std::size_t> chosen(count, 0);
@@ -88,9 +136,9 @@ void ForEachCombination(std::size_t count, const std::function<void(const Argume
 }
 
 std::string Text(const Arguments& x) {
-  std::string text;
-  for (const f64 argument : x) text += (text.empty() ? "" : ", ") + std::to_string(argument);
-  return text;
+  std::ostringstream text;
+  for (const f64 argument : x) text << argument << " ";
+  return text.str();
 }
 
 void Drive(const Function& function) {
@@ -104,6 +152,10 @@ void Drive(const Function& function) {
 
 TEST(Corner, Tails) {
   for (const Function& function : TailFunctions()) Drive(function);
+}
+
+TEST(Corner, Distributions) {
+  for (const Function& function : DistributionFunctions()) Drive(function);
 }
 
 }  // namespace

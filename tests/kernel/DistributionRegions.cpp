@@ -131,17 +131,18 @@ Real NoncentralTAnywhere(const Real& t, const Real& df, const Real& delta) {
   return t < 0 ? Real(1 - NoncentralT(-t, df, -delta)) : NoncentralT(t, df, delta);
 }
 
-Region NoncentralTRegion(double dfLow, double dfHigh, double most, const std::string& name) {
-  return {
-      "PNCT", name, 1e-13, 1e-15, [=](Random& random) -> std::optional<Point> {
-        const double df = LogUniform(random, dfLow, dfHigh);
-        const double delta = Uniform(random, -most, most);
-        const double t = NoncentralArgument(random, df, delta);
-        if (t == 0) return std::nullopt;
-        i32 ifault = 0;
-        const double got = PNCT(t, df, delta, ifault);
-        return Point{{t, df, delta}, ifault == 0 ? AbsoluteError(got, NoncentralTAnywhere(t, df, delta)) : INFINITY};
-      }};
+Region NoncentralTRegion(double dfLow, double dfHigh, double least, double most, double worst,
+                         const std::string& name) {
+  return {"PNCT", name, worst, worst / 100, [=](Random& random) -> std::optional<Point> {
+            const double df = LogUniform(random, dfLow, dfHigh);
+            const double delta = Uniform(random, least, most) * (random() % 2 == 0 ? 1 : -1);
+            const double t = NoncentralArgument(random, df, delta);
+            if (t == 0) return std::nullopt;
+            i32 ifault = 0;
+            const double got = PNCT(t, df, delta, ifault);
+            const Real wanted = NoncentralTAnywhere(t, df, delta);
+            return Point{{t, df, delta}, ifault == 0 ? AbsoluteError(got, wanted) : INFINITY};
+          }};
 }
 
 Region NoncentralTInverseRegion(double pLow, const std::string& name) {
@@ -170,6 +171,11 @@ Region NoncentralChiRegion(double most, const std::string& name) {
           }};
 }
 
+Region Costly(Region region) {
+  region.mostPoints = 100;
+  return region;
+}
+
 std::vector<Region> DistributionRegions() {
   return {
       LogGammaRegion(1e-20, 0.9, "x 1e-20 to 0.9"),
@@ -182,14 +188,15 @@ std::vector<Region> DistributionRegions() {
       ChiSquareInverseRegion(0.1, 3, "df 0.1 to 3, p 1e-12 to 1 - 1e-12"),
       FisherInverseRegion(0.1, 1e4, "df 0.1 to 1e4, p 1e-12 to 1 - 1e-12"),
       FisherInverseRegion(0.1, 3, "df 0.1 to 3, p 1e-12 to 1 - 1e-12"),
-      NoncentralTRegion(0.5, 1e5, 37, "df 0.5 to 1e5, delta to 37, absolute"),
-      NoncentralTRegion(1, 1e3, 5, "df 1 to 1e3, delta to 5, absolute"),
-      NoncentralTInverseRegion(1e-6, "df 0.5 to 1e5, delta to 37, p from 1e-6"),
+      NoncentralTRegion(0.5, 1e5, 0, 37, 1e-13, "df 0.5 to 1e5, delta to 37, absolute"),
+      NoncentralTRegion(1, 1e3, 0, 5, 1e-13, "df 1 to 1e3, delta to 5, absolute"),
+      Costly(NoncentralTRegion(0.5, 1e9, 40, 100, 1e-10, "df 0.5 to 1e9, delta 40 to 100, absolute")),
+      Costly(NoncentralTInverseRegion(1e-6, "df 0.5 to 1e5, delta to 37, p from 1e-6")),
       NoncentralChiRegion(100, "df 0.5 to 1e3, lambda to 100"),
       NoncentralChiRegion(1e4, "df 0.5 to 1e3, lambda to 1e4"),
       PoissonRegion(1, 1e4, 0, 1e-13, "n to 1e4, any mean, results to 1e-290"),
       PoissonRegion(1, 1e4, 36, 1e-13, "n to 1e4, means near n, results to 1e-290"),
-      PoissonRegion(1e4, 1e9, 36, 1e-10, "n 1e4 to 1e9, results to 1e-290"),
+      Costly(PoissonRegion(1e4, 1e9, 36, 1e-10, "n 1e4 to 1e9, results to 1e-290")),
       BinomialRegion(2, 100, 0, 1e-13, "n to 100, any p, results to 1e-290"),
       BinomialRegion(2, 1e4, 36, 1e-13, "n to 1e4, p near k/n, results to 1e-290"),
       BinomialRegion(1e4, 1e9, 36, 1e-10, "n 1e4 to 1e9, results to 1e-290"),
