@@ -2,42 +2,14 @@
 #include <benchmark/benchmark.h>
 
 #include <cmath>
-#include <random>
 #include <vector>
 
+#include "bench/Calls.h"
 #include "kernel/Kernel.h"
 
+namespace tellurix::bench {
+
 namespace {
-
-constexpr int Calls = 1'000'000;
-
-struct Arguments {
-  f64 a;
-  f64 b;
-  f64 c;
-};
-
-// Filled by `draw`, which is handed a uniform generator on (0, 1).
-template <typename Draw>
-std::vector<Arguments> Drawn(Draw draw) {
-  std::mt19937_64 random(7);
-  std::uniform_real_distribution<f64> uniform(1e-12, 1);
-  std::vector<Arguments> arguments(Calls);
-  for (auto& x : arguments) x = draw([&] { return uniform(random); });
-  return arguments;
-}
-
-template <typename Call>
-void Run(benchmark::State& state, const std::vector<Arguments>& arguments, Call call) {
-  for (auto _ : state) {
-    f64 sum = 0;
-    for (const auto& x : arguments) sum += call(x);
-    benchmark::DoNotOptimize(sum);
-  }
-  state.SetItemsProcessed(state.iterations() * Calls);
-}
-
-f64 LogBetween(f64 low, f64 high, f64 u) { return low * std::pow(high / low, u); }
 
 void MillionAlnorm(benchmark::State& state) {
   const auto arguments = Drawn([](auto uniform) { return Arguments{16 * uniform() - 8, 0, 0}; });
@@ -90,3 +62,5 @@ void MillionGammad(benchmark::State& state) {
 BENCHMARK(MillionGammad)->Arg(100)->Arg(1000000)->Unit(benchmark::kMillisecond);
 
 }  // namespace
+
+}  // namespace tellurix::bench
