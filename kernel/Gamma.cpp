@@ -112,10 +112,15 @@ f64 UpperTaylor(f64 a, f64 x) {
 Tails FromLower(f64 lower) { return {std::min(lower, 1.0), std::max(1 - lower, 0.0)}; }
 Tails FromUpper(f64 upper) { return {std::max(1 - upper, 0.0), std::min(upper, 1.0)}; }
 
+// x^a e^-x / Gamma(a + 1)
+f64 SmallPower(f64 a, f64 x) {
+  const f64 half = std::exp(-x / 2);
+  return half * std::pow(x, a) * InverseGammaOnePlus(a) * half;
+}
+
 GammaParts SmallShape(f64 a, f64 x) {
   if (x > 2 * UnderflowExponent) return {{1, 0}, 0};
-  const f64 half = std::exp(-x / 2);
-  const f64 power = half * std::pow(x, a) * InverseGammaOnePlus(a) * half;
+  const f64 power = SmallPower(a, x);
   const auto tails = [&] {
     if (a < 1 && x < 1.5 && a * std::log(x) > -0.7) return FromUpper(std::max(UpperTaylor(a, x), 0.0));
     const bool lower = a < 1 ? x < 1.5 : x < a + 1;
@@ -133,13 +138,16 @@ f64 Decay(f64 a, f64 x, f64 exponent) {
   return std::exp(-exponent);
 }
 
+// x^a e^-x / Gamma(a)
+f64 LargePower(f64 a, f64 decay) { return decay * std::exp(-StirlingSeries(a)) * InverseSqrtTwoPi * std::sqrt(a); }
+
 GammaParts LargeShape(f64 a, f64 x) {
   const f64 e = (x - a) / a;
   const f64 deficit = LogDeficit(e, x / a);
   const f64 exponent = a * deficit;
   if (exponent > UnderflowExponent) return {x < a ? Tails{0, 1} : Tails{1, 0}, 0};
   const f64 decay = Decay(a, x, exponent);
-  const f64 power = decay * std::exp(-StirlingSeries(a)) * InverseSqrtTwoPi * std::sqrt(a);
+  const f64 power = LargePower(a, decay);
   if (deficit <= 0.5) {
     const f64 zeta = std::copysign(std::sqrt(2 * deficit), e);
     const int terms = UniformTerms(a, zeta);
@@ -285,6 +293,11 @@ GammaParts GammaAt(f64 a, f64 x) {
   if (x == 0) return {{0, 1}, 0};
   if (std::isinf(x)) return {{1, 0}, 0};
   return a < StirlingFrom ? SmallShape(a, x) : LargeShape(a, x);
+}
+
+f64 GammaPower(f64 a, f64 x) {
+  if (a < StirlingFrom) return x > 2 * UnderflowExponent ? 0 : a * SmallPower(a, x);
+  return LargePower(a, Decay(a, x, a * LogDeficit((x - a) / a, x / a)));
 }
 
 Tails GammaTails(f64 a, f64 x) { return GammaAt(a, x).tails; }

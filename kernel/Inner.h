@@ -100,6 +100,9 @@ struct GammaParts {
 };
 GammaParts GammaAt(f64 a, f64 x);
 
+// The power alone, for 0 < a < infinity and 0 < x < infinity.
+f64 GammaPower(f64 a, f64 x);
+
 // The lower and upper tail of the beta distribution, and x^a y^b / B(a, b).
 struct BetaParts {
   Tails tails;

@@ -12,11 +12,11 @@ namespace {
 constexpr f64 Negligible = 1e-18;
 
 // lambda^s e^-lambda / Gamma(s + 1), the Poisson probability carried on to s between the integers.
-f64 PoissonWeight(f64 s, f64 lambda) { return s == 0 ? std::exp(-lambda) : GammaAt(s, lambda).power / s; }
+f64 PoissonWeight(f64 s, f64 lambda) { return s == 0 ? std::exp(-lambda) : GammaPower(s, lambda) / s; }
 
 // The counts beyond which the Poisson probabilities of a mean are negligible.
 f64 FirstCount(f64 mean) { return std::max(0.0, std::floor(mean - 9 * std::sqrt(mean) - 2)); }
-f64 LastCount(f64 mean) { return std::ceil(mean + 9.5 * std::sqrt(mean) + 20); }
+f64 LastCount(f64 mean) { return std::ceil(mean + 8.5 * std::sqrt(mean) + 14); }
 
 // The sum over s = first, first + 1, ... of PoissonWeight(s) times a tail that grows with s: `tail` is its value at
 // `first`, `term` what it grows by there, and ratio(s) the next term over this one.
@@ -37,6 +37,7 @@ f64 SumUp(f64 first, f64 lambda, f64 tail, f64 term, Ratio ratio) {
 // The same over s = last, last - 1, ..., where the tail grows as s falls, down to `end` or the negligible.
 template <typename Ratio>
 f64 SumDown(f64 last, f64 end, f64 lambda, f64 tail, f64 term, Ratio ratio) {
+  const f64 perLambda = 1 / lambda;
   f64 weight = PoissonWeight(last, lambda);
   f64 sum = 0;
   for (f64 s = last; s >= end; s -= 1) {
@@ -44,7 +45,7 @@ f64 SumDown(f64 last, f64 end, f64 lambda, f64 tail, f64 term, Ratio ratio) {
     if (s < lambda && weight <= Negligible * sum) break;
     tail = std::min(tail + term, 1.0);
     term *= ratio(s);
-    weight *= s / lambda;
+    weight *= s * perLambda;
   }
   return sum;
 }
@@ -74,8 +75,9 @@ struct TSeries {
     }
     const f64 a = last + 0.5;
     const f64 term = a > 1 ? parts.power / ((a + b - 1) * x) : 0;
+    const f64 perX = 1 / x;
     return SumDown(last, end, lambda, parts.tails.lower, term,
-                   [this](f64 s) { return s > 1 ? (s - 0.5) / ((s + b - 1.5) * x) : 0; });
+                   [this, perX](f64 s) { return s > 1 ? (s - 0.5) / (s + b - 1.5) * perX : 0; });
   }
 
   // Sum of PoissonWeight(s) I_y(b, s + 1/2) over s = begin, begin + 1, ...

@@ -2,59 +2,11 @@
 #include <algorithm>
 #include <cmath>
 
-#include "kernel/Inner.h"
+#include "kernel/Inverse.h"
 
 namespace tellurix::kernel {
 
 namespace {
-
-// A distribution function P at v, looked at as a function of u = ln v.
-struct Slopes {
-  Tails tails;
-  f64 power;  // dP/du
-  f64 bend;   // d ln power / du
-  f64 curl;   // the derivative of bend
-};
-
-// The v > 0 whose tails are the wanted ones, by the series of the inverse function to the third order in ln v; far from
-// it by Newton's steps between the logarithms of the smaller tail, which are nearly in proportion at both ends; by
-// bisection where those leave what is known to hold the answer. 0 or infinity beyond the range of doubles.
-template <typename At>
-f64 Inverse(f64 v, const Tails& wanted, At at) {
-  const bool byLower = wanted.lower <= wanted.upper;
-  const f64 target = byLower ? wanted.lower : wanted.upper;
-  const f64 away = byLower ? 1 : -1;
-  f64 low = 0;
-  f64 high = Infinity;
-  if (!(v > 0)) v = std::numeric_limits<f64>::min();
-  if (!(v < Infinity)) v = std::numeric_limits<f64>::max();
-  for (int round = 0; round < 3000; ++round) {
-    const Slopes here = at(v);
-    const f64 reached = byLower ? here.tails.lower : here.tails.upper;
-    const f64 excess = away * (reached - target);
-    if (excess == 0) return v;
-    (excess > 0 ? high : low) = v;
-    const f64 step = -excess / here.power;
-    const f64 size = std::fabs(step) * (std::fabs(here.bend) + std::sqrt(std::fabs(here.curl)));
-    f64 move = step * (1 - step * (here.bend / 2 - step * (2 * here.bend * here.bend - here.curl) / 6));
-    if (!(size < 0.2)) move = away * std::log(target / reached) * (reached / here.power);
-    f64 next = v * std::exp(move);
-    if (!(next > low && next < high)) {
-      // The series may step over a bound by a rounding error only: then v is the answer.
-      if (size < 1e-14) return v;
-      if (low == 0) {
-        next = high * 1e-9;
-      } else {
-        next = high == Infinity ? low * 1e9 : std::sqrt(low) * std::sqrt(high);
-      }
-      if (next == 0 || next == Infinity || !(next > low && next < high)) return next;
-    } else if (size < 1.5e-4) {
-      return next;
-    }
-    v = next;
-  }
-  return v;
-}
 
 // The upper-tail normal deviate of given tails.
 f64 Deviate(const Tails& tails) {
@@ -81,11 +33,11 @@ f64 GammaStart(f64 a, const Tails& wanted) {
   return std::max(-(logUpper - (a - 1) * std::log(guess) + logGammaOnePlus - std::log(a)), 0.5 * guess);
 }
 
-// A first value for the odds x/(1 - x) of the beta distribution: the leading term of either tail, or Cochran's
-// approximation for F in the form of Abramowitz & Stegun 26.6.16 by 26.5.22.
-f64 BetaOddsStart(f64 a, f64 b, const Tails& wanted) {
+// A rough value for the odds x/(1 - x) of the beta distribution, given the normal deviate z of the wanted tails:
+// Cochran's approximation for F in the form of Abramowitz & Stegun 26.5.22; with one small parameter the gamma
+// distribution; with two the leading term of either tail.
+f64 RoughBetaOdds(f64 a, f64 b, const Tails& wanted, f64 z) {
   if (a > 1 && b > 1) {
-    const f64 z = Deviate(wanted);
     const f64 perA = 1 / (2 * a - 1);
     const f64 perB = 1 / (2 * b - 1);
     const f64 h = 2 / (perA + perB);
@@ -95,11 +47,39 @@ f64 BetaOddsStart(f64 a, f64 b, const Tails& wanted) {
       if (std::fabs(w) < 1.5) return a / b * std::exp(2 * w);
     }
   }
+  const f64 least = std::min(a, b);
+  const f64 most = std::max(a, b);
+  if (most > 2) {
+    const f64 x = GammaStart(least, a < b ? wanted : Swapped(wanted));
+    const f64 rest = most + (least - 1 - x) / 2;
+    if (rest > x / 4) return a < b ? x / rest : rest / x;
+  }
   const f64 logB = LogBeta(a, b);
   const f64 low = (std::log(wanted.lower) + std::log(a) + logB) / a;
   const f64 high = -(std::log(wanted.upper) + std::log(b) + logB) / b;
   if (low < -1 && low + high < 0) return std::exp(low);
   return high > 1 ? std::exp(high) : a / b;
+}
+
+// The rough value improved by a step of Newton's method on the normal approximation of D. B. Peizer & J. W. Pratt
+// (1968), Journal of the American Statistical Association 63:1416-1456.
+f64 BetaOddsStart(f64 a, f64 b, const Tails& wanted) {
+  const f64 z = Deviate(wanted);
+  const f64 v = RoughBetaOdds(a, b, wanted, z);
+  if (!(a > 0.7 && b > 0.7 && v > 0 && v < 1e300)) return v;
+  const f64 q = v / (1 + v);
+  const f64 p = 1 / (1 + v);
+  const f64 n = a + b - 1;
+  const f64 S = b - 0.5;
+  const f64 T = a - 0.5;
+  const f64 distance = S - n * p;
+  const f64 d = S + 1.0 / 6 - (n + 1.0 / 3) * p + 0.02 * (q / b - p / a + (q - 0.5) / (a + b));
+  const f64 scale = 1 / (1 + 1 / (6 * n));
+  if (!(std::fabs(distance) > 1e-3 * std::sqrt(n * p * q))) return v;
+  const f64 deviance = std::sqrt(2 * scale * (S * std::log(S / (n * p)) + T * std::log(T / (n * q))));
+  const f64 reached = d / std::fabs(distance) * deviance;
+  const f64 move = (z - reached) / (scale * std::fabs(distance) / deviance);
+  return std::fabs(move) < 1 ? v * std::exp(move) : v;
 }
 
 }  // namespace
@@ -110,7 +90,7 @@ f64 GammaInverse(f64 a, const Tails& wanted) {
   if (wanted.upper == 0) return Infinity;
   return Inverse(GammaStart(a, wanted), wanted, [a](f64 v) {
     const GammaParts parts = GammaAt(a, v);
-    return Slopes{parts.tails, parts.power, a - v, -v};
+    return Slopes{parts.tails, parts.power, {a - v, -v, -v, -v, -v}};
   });
 }
 
@@ -122,7 +102,7 @@ f64 BetaOddsInverse(f64 a, f64 b, const Tails& wanted) {
     const f64 y = 1 / (1 + v);
     const f64 x = v < 1 ? v * y : 1 / (1 + 1 / v);
     const BetaParts parts = BetaAt(x, y, a, b);
-    return Slopes{parts.tails, parts.power, a * y - b * x, -(a + b) * x * y};
+    return LogisticSlopes(parts, x, y, a, b, 1);
   });
 }
 

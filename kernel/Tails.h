@@ -64,8 +64,9 @@ TELLURIX_KERNEL Tails StudentTails(f64 t, f64 df);
 TELLURIX_KERNEL Tails FTails(f64 f, f64 df1, f64 df2);
 
 // P(T <= t) and P(T > t) of the non-central t distribution, T = (Z + delta)/S with S^2 a mean square on df > 0 degrees
-// of freedom (infinity too), delta finite, |t| up to 1e150. Within 1e-13 absolute for |delta| up to 40 and 1e-10 beyond; where
-// t and delta are both positive the small tail is precise relative to itself. Time grows with |delta| up to 40 only.
+// of freedom (infinity too), delta finite, |t| up to 1e150. Within 1e-13 absolute for |delta| up to 40 and 1e-10
+// beyond; where t and delta are both positive the small tail is precise relative to itself. Time grows with |delta| up
+// to 40 only.
 TELLURIX_KERNEL Tails NoncentralTTails(f64 t, f64 df, f64 delta);
 
 // P(X <= x) and P(X > x) of the non-central chi-square distribution on df > 0 degrees of freedom with non-centrality
