@@ -130,17 +130,26 @@ void UniformCoefficients(f64 x0, f64 y0, int terms, f64* coefficients) {
   square[2] = 1;
   for (int m = 2; m <= terms; ++m) {
     square[m + 1] = 2 * (k * v[m - 1] - x0 * square[m - 1]) / (m + 1);
+    // Two sums side by side, so that one addition need not wait for another.
     f64 cross = 0;
-    for (int i = 2, j = m - 1; i < j; ++i, --j) cross += v[i] * v[j];
-    cross *= 2;
+    f64 other = 0;
+    int i = 2;
+    int j = m - 1;
+    for (; i + 1 < j - 1; i += 2, j -= 2) {
+      cross += v[i] * v[j];
+      other += v[i + 1] * v[j - 1];
+    }
+    if (i < j) cross += v[i] * v[j];
+    cross = 2 * (cross + other);
     if (m % 2 == 1) cross += v[(m + 1) / 2] * v[(m + 1) / 2];
     v[m] = (square[m + 1] - cross) / 2;
   }
+  // The reciprocal of v/zeta: each coefficient, once known, is at once taken out of all the later ones.
   coefficients[0] = 1;
-  for (int n = 1; n < terms; ++n) {
-    f64 sum = 0;
-    for (int i = 1; i <= n; ++i) sum += v[i + 1] * coefficients[n - i];
-    coefficients[n] = -sum;
+  for (int n = 1; n < terms; ++n) coefficients[n] = -v[n + 1];
+  for (int from = 1; from < terms; ++from) {
+    const f64 known = coefficients[from];
+    for (int n = from + 1; n < terms; ++n) coefficients[n] -= v[n - from + 1] * known;
   }
 }
 

@@ -74,16 +74,21 @@ f64 HillDeviate(f64 z, f64 a) {
       1.28060053249431928e-09,  3.96695573935051460e-11,  8.86100938450804095e-13,  1.05927509260080710e-14};
   const f64 w = z * z;
   if (!(a > 14 + w)) return NaN;
+  const f64 square = w * w;
   const f64 perSquare = 1 / (a * a);
   f64 factor = 1;
   f64 sum = 1;
   const f64* coefficients = C.data();
   for (int k = 1; k <= Terms; ++k) {
-    f64 polynomial = coefficients[2 * k - 1];
-    for (int i = 2 * k - 2; i >= 0; --i) polynomial = polynomial * w + coefficients[i];
+    f64 even = coefficients[2 * k - 2];
+    f64 odd = coefficients[2 * k - 1];
+    for (int i = 2 * k - 4; i >= 0; i -= 2) {
+      even = even * square + coefficients[i];
+      odd = odd * square + coefficients[i + 1];
+    }
     coefficients += 2 * k;
     factor *= perSquare;
-    const f64 term = factor * polynomial;
+    const f64 term = factor * (even + w * odd);
     sum += term;
     if (std::fabs(term) < 4e-17) return z * sum;
   }
