@@ -182,6 +182,7 @@ f64 LogGammaTwoPlus(f64 u) {
 }  // namespace
 
 f64 InverseGammaOnePlus(f64 x) {
+  if (x == 0.5) return 1.12837916709551257390;  // 2/sqrt(pi), asked for by every value of Student's distribution
   f64 product = 1;
   while (x > 0.5) {
     product *= x;

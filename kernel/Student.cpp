@@ -23,8 +23,9 @@ BetaParts StudentAt(f64 t, f64 df) {
   return BetaAt(1 / (1 + odds), odds / (1 + odds), df / 2, 0.5);
 }
 
-// A first value for df >= 1: G. W. Hill (1970), Algorithm 396, Communications of the ACM 13:619-620.
-f64 HillStart(f64 p, f64 n) {
+// A first value for n >= 1 degrees of freedom, x being the normal deviate of the lower tail p: G. W. Hill (1970),
+// Algorithm 396, Communications of the ACM 13:619-620.
+f64 HillStart(f64 p, f64 x, f64 n) {
   constexpr f64 HalfPi = 1.57079632679489661923132;
   const f64 a = 1 / (n - 0.5);
   const f64 b = 48 / (a * a);
@@ -32,8 +33,6 @@ f64 HillStart(f64 p, f64 n) {
   const f64 d = ((94.5 / (b + c) - 3) / b + 1) * std::sqrt(a * HalfPi) * n;
   f64 y = std::pow(d * 2 * p, 2 / n);
   if (y > 0.05 + a) {
-    i32 ifault = 0;
-    const f64 x = GAUINV(p, ifault);
     y = x * x;
     if (n < 5) c += 0.3 * (n - 4.5) * (x + 0.6);
     c += (((0.05 * d * x - 5) * x - 7) * x - 2) * x + b;
@@ -73,7 +72,7 @@ f64 HillDeviate(f64 z, f64 a) {
       2.95636729844870520e-04,  1.59361441939551375e-05,  7.75182376508063623e-07,  3.37747471432416806e-08,
       1.28060053249431928e-09,  3.96695573935051460e-11,  8.86100938450804095e-13,  1.05927509260080710e-14};
   const f64 w = z * z;
-  if (!(a > 14 + w)) return NaN;
+  if (!(a > 17 + w / 2 && a > 12.5 + 0.95 * w)) return NaN;
   const f64 square = w * w;
   const f64 perSquare = 1 / (a * a);
   f64 factor = 1;
@@ -90,7 +89,7 @@ f64 HillDeviate(f64 z, f64 a) {
     factor *= perSquare;
     const f64 term = factor * (even + w * odd);
     sum += term;
-    if (std::fabs(term) < 4e-17) return z * sum;
+    if (std::fabs(term) < 1e-16) return z * sum;
   }
   return NaN;
 }
@@ -128,11 +127,12 @@ f64 TFROMP(const f64& p, const f64& df) {
   }
 
   i32 ifault = 0;
-  const f64 deviate = HillDeviate(-GAUINV(p, ifault), df - 0.5);
+  const f64 z = GAUINV(p, ifault);
+  const f64 deviate = HillDeviate(-z, df - 0.5);
   if (!std::isnan(deviate)) return std::sqrt(df * std::expm1(deviate * deviate / (df - 0.5)));
 
   // By the distribution of the size of T.
-  const f64 start = df >= 1 ? HillStart(p, df) : HeavyStart(p, df);
+  const f64 start = df >= 1 ? HillStart(p, z, df) : HeavyStart(p, df);
   return Inverse(start, {1 - 2 * p, 2 * p}, [df](f64 t) {
     const BetaParts parts = StudentAt(t, df);
     const f64 odds = t * (t / df);
