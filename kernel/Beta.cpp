@@ -10,7 +10,7 @@ namespace tellurix::kernel {
 namespace {
 
 // From this smaller parameter on, the uniform expansion is faster than the continued fraction.
-constexpr f64 UniformFrom = 60;
+constexpr f64 UniformFrom = 400;
 
 // a - (a + b) x, which is also (a + b) y - b, precise near its zero (the mean).
 f64 MeanMinus(f64 x, f64 y, f64 a, f64 b) {

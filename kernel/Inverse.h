@@ -94,7 +94,7 @@ f64 Inverse(f64 v, const Tails& wanted, At at) {
         next = high == Infinity ? low * 1e9 : std::sqrt(low) * std::sqrt(high);
       }
       if (next == 0 || next == Infinity || !(next > low && next < high)) return next;
-    } else if (near && std::fabs(step) * (size * size) * (size * size) * (size * size) < 1e-16) {
+    } else if (near && std::fabs(step) * (size * size) * (size * size) * (size * size) < 1e-15) {
       return next;
     }
     v = next;
