@@ -8,6 +8,7 @@
 #include "numeric/Text.h"
 #include "session/Skeleton.h"
 #include "shell/DocumentFiles.h"
+#include "shell/History.h"
 #include "workbook/BlockCopy.h"
 #include "workbook/DelimitedText.h"
 #include "workbook/DosWorksheet.h"
@@ -71,12 +72,6 @@ void TakeName(DocumentState& document, const fs::path& file) {
   document.caption = file.filename().string();
   document.readOnly = IsReadOnly(file);
   document.changed = false;
-}
-
-// What follows every open and every save under a name: its folder is the last data folder.
-void Remember(Session& session, const fs::path& file) {
-  std::error_code error;
-  session.paths.data = fs::absolute(file, error).parent_path();
 }
 
 bool WantsNewName(const DocumentState& document) {
@@ -152,7 +147,7 @@ bool OpenFile(Session& session, const fs::path& file) {
     return false;
   }
   if (!OpenByExtension(session, file)) return false;
-  if (!IsTemporaryCopy(file)) Remember(session, file);
+  if (!IsTemporaryCopy(file)) AddToHistory(session, file);
   return true;
 }
 
@@ -428,7 +423,7 @@ bool SaveUnder(Session& session, Workbook& workbook, const std::string& suggesti
     // Not every machine can write these: the newer kind stands in.
     return IsOldExcel(format->type) && SaveUnder(session, workbook, fs::path(file).replace_extension(".xlsx").string());
   }
-  if (!format->isWriteOnly) Remember(session, file);
+  if (!format->isWriteOnly) AddToHistory(session, file);
   return true;
 }
 
@@ -508,7 +503,7 @@ bool SaveActiveAs(Session& session, Report& report) {
   fs::path file = chosen->path;
   if (!file.has_extension()) file += ".rtf";
   if (!WriteTo(session, report, file)) return false;
-  if (IsRichTextName(file)) Remember(session, file);
+  if (IsRichTextName(file)) AddToHistory(session, file);
   return true;
 }
 
