@@ -8,6 +8,8 @@
 
 namespace tellurix::kernel {
 
+using i64 = std::int64_t;
+
 inline constexpr f64 Epsilon = std::numeric_limits<f64>::epsilon();
 inline constexpr f64 NaN = std::numeric_limits<f64>::quiet_NaN();
 inline constexpr f64 Infinity = std::numeric_limits<f64>::infinity();

@@ -5,7 +5,7 @@
 //   - an array is a reference to its first element with its length beside it; of two indices the first runs fastest;
 //   - a function that can fail has a trailing `ifault`: the caller sets it to 0, anything else on return means that the
 //     result must not be used;
-//   - nothing is reported to a user, nothing is allocated, no state is held.
+//   - nothing is reported to a user, no state is held; nothing is allocated but where a declaration says so.
 #pragma once
 
 #include <cstdint>
@@ -102,7 +102,57 @@ TELLURIX_KERNEL f64 DPMACH(const i32& job);
 
 // --- exact distributions of rank statistics ---
 
+// P(T' >= T) of the Hotelling-Pabst T, the sum of the squared differences between two independent rankings of n without
+// ties: name and purpose of algorithm AS 89 (Best & Roberts 1975, Applied Statistics 24:377-379). T is even; an odd one
+// counts as the next even one. Exact for n up to 22, from counts of the permutations; the algorithm's Edgeworth series
+// above, right to about 1e-5 there. `ifault` 1 for n below 2.
+TELLURIX_KERNEL f64 PRHO(const i32& n, const i32& T, i32& ifault);
+
+// Two-sided P(D >= d) of Smirnov's statistic for samples of n1 and n2 without ties; d is rounded to a gap that these
+// sizes can give. By reflection for equal sizes, otherwise by following the paths (Viehmann 2021, arXiv:2102.08037),
+// both exact and precise in small tails; where the paths lead through more than 2e9 points (2 d n1 n2) or n1 + n2 is
+// above 1e8, the limiting distribution, right to 0.3% of P for large samples of like size. `ifault` 1 for a size below
+// 1 or a d that is NaN; 2 without memory, with unequal sizes it allocates once, 8 bytes for each member of the smaller
+// sample; 3 when the limiting distribution would be due but one sample is smaller than 100.
+TELLURIX_KERNEL f64 KSP2(const i32& n1, const i32& n2, const f64& d, i32& ifault);
+
+// The exact distribution of the rank sum of two samples of n1 and n2, ties or not, given their ranks: `ranks` holds the
+// n1 + n2 doubled average ranks of the pooled sample, rising. Returns P(2 U' <= twiceU) and sets `upper` to
+// P(2 U' >= twiceU), with U = n1 n2 + n1 (n1 + 1)/2 - the rank sum of the first sample. Sequential drawing of the
+// smaller sample, rank by rank, no term of which cancels. `ifault` 1 for a size below 1 or ranks that do not rise from
+// 0 or more, 2 without memory for its table, which it allocates once: 8 bytes for each rank sum and each member of the
+// smaller sample (1.6 MB for 30 and 80), 1 GB at most.
+TELLURIX_KERNEL f64 WMWPX(const i32& n1, const i32& n2, const i32& ranks, const i32& twiceU, f64& upper, i32& ifault);
+
 // --- studentized range and multiple comparisons ---
+//
+// k is the number of samples, 2 to 1e6; df the degrees of freedom of the variance estimate, 0.1 to infinity; all upper
+// tails. An illegal argument, or a quantile beyond the doubles, gives the sentinel 3e300 and, where there is an
+// `ifault`, 1 there. The method is that of kernel/ScaleMixture.h; it serves the purpose of algorithm AS 190 (R. E. Lund
+// & J. R. Lund 1983, Applied Statistics 32:204-210).
+
+// P(Q > q) of the studentized range of k samples; 1 for q <= 0. k may be fractional.
+TELLURIX_KERNEL f64 PROBSR(const f64& q, const f64& k, const f64& df);
+
+// The q with P(Q > q) = p, for 0 < p <= 1.
+TELLURIX_KERNEL f64 QUANTSR(const f64& p, const f64& k, const f64& df);
+
+// All pairs: P(Q > q), into p too, for the largest of `ranges` (1 or more) independent studentized ranges of k samples
+// each over one variance estimate (M. D. Copenhaver & B. Holland 1988, Journal of Statistical Computation and
+// Simulation 30:1-15). With one range it is PROBSR.
+TELLURIX_KERNEL f64 DMCA(const f64& q, const i32& k, const f64& df, const i32& ranges, f64& p, i32& ifault);
+
+// The q, into q too, for which DMCA is p; 0 < p <= 1.
+TELLURIX_KERNEL f64 PPQ2(const f64& p, const i32& k, const f64& df, const i32& ranges, f64& q, i32& ifault);
+
+// Comparisons with a control: P(D > d), into p too, where D is the largest |mean - control mean| over its standard
+// error, s sqrt(1/n_i + 1/n_c), of k - 1 comparisons (C. W. Dunnett 1955, Journal of the American Statistical
+// Association 50:1096-1121, two-sided, for any sizes). `sizes` holds the k sample sizes, the control first; each at
+// least 1, and those of the others at most 1e6 times that of the control. k is 2 to 1000 here.
+TELLURIX_KERNEL f64 DMCC(const f64& d, const i32& k, const f64& df, const i32& sizes, f64& p, i32& ifault);
+
+// The d, into d too, for which DMCC is p; 0 < p <= 1.
+TELLURIX_KERNEL f64 PPD2(const f64& p, const i32& k, const f64& df, const i32& sizes, f64& d, i32& ifault);
 
 // --- ranks and sorting ---
 
