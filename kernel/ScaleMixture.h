@@ -92,6 +92,7 @@ f64 InverseTail(f64 p, f64 start, Tail tail) {
     return std::log(reached) - std::log1p(-reached) - wanted;  // falls with x; infinite at the ends
   };
   constexpr f64 Limit = 345;  // of ln x, so that x^2 stays a double
+  constexpr f64 MostStep = 1;
   if (!(start > 0)) return NoValue;
   f64 low = -Limit;
   f64 high = Limit;
@@ -105,9 +106,10 @@ f64 InverseTail(f64 p, f64 start, Tail tail) {
     if (!(newer > low && newer < high)) newer = (std::max(low, older - 20) + std::min(high, older + 20)) / 2;
     const f64 newerError = error(newer);
     const f64 slope = (newerError - olderError) / (newer - older);
-    f64 next = newer - newerError / slope;
-    const bool settled = std::fabs(next - newer) < 1e-13 || newerError == 0;
-    if (std::isnan(next)) next = newer;
+    // An infinite error leaves it to the halving.
+    const f64 step = std::isfinite(slope) && slope != 0 ? std::clamp(-newerError / slope, -MostStep, MostStep) : 0;
+    const f64 next = newer + step;
+    const bool settled = newerError == 0 || (step != 0 && std::fabs(step) < 1e-9);  // the next would be its square
     older = newer;
     olderError = newerError;
     newer = next;

@@ -93,7 +93,7 @@ f64 LowestMaximum(f64 k) {
 f64 CertainRange(f64 k) { return std::pow(Epsilon / 4 / k, 1 / (k - 1)) / InverseSqrtTwoPi; }
 
 // The range of k independent standard normal values: P(range > w) is the integral over z, the largest value, of
-//   k phi(z) (a^(k - 1) - b^(k - 1)),  a = P(Z <= z), b = P(w - z <= Z <= z),
+//   k phi(z) (a^(k - 1) - b^(k - 1)),  a = P(Z <= z), b = P(z - w <= Z <= z),
 // in which the difference is formed from c = a - b without cancellation.
 class NormalRange {
  public:
@@ -110,8 +110,8 @@ class NormalRange {
     for (int phase = 1; phase < phases_; ++phase) FillBetween(phase);
   }
 
-  // The distance over which P(range > w) falls.
-  f64 Width() const { return k_ < 12 ? 0.55 : std::max(0.55 - 0.09 * std::log(k_ / 12), 0.15); }
+  // The distance over which P falls for the largest of `ranges` ranges.
+  f64 Width(f64 ranges) const { return std::clamp(0.55 - 0.09 * std::log(k_ * ranges / 12), 0.15, 0.55); }
 
   // P(range > w) exp(w^2 / 4).
   f64 ScaledTail(f64 w) const {
@@ -174,7 +174,7 @@ class NormalRange {
       }
       // phi(z) c exp(w^2 / 4) by its exponent as a whole, for c may underflow.
       const f64 mills = ScaledNormalTail(-x);
-      const f64 share = mills * std::exp(-x * x / 2) / a;
+      const f64 share = std::min(mills * std::exp(-x * x / 2) / a, 1.0);
       const f64 bend = m * share < 1e-17 ? 1 : -std::expm1(m * std::log1p(-share)) / (m * share);
       sum += m * std::pow(a, m - 1) * bend * mills * std::exp(-(z - w / 2) * (z - w / 2));
     }
@@ -201,7 +201,7 @@ bool LegalRange(f64 k, f64 df, f64 ranges) { return k >= 2 && k <= 1e6 && df >= 
 // P(Q > q) for the largest of `ranges` ranges over one S; legal arguments, q > 0.
 f64 RangeUpper(f64 q, const NormalRange& range, f64 df, f64 ranges) {
   if (std::isinf(q)) return 0;
-  const f64 upper = ScaleMixture(q, df, 0.25, range.Width(), [&](f64 w) {
+  const f64 upper = ScaleMixture(q, df, 0.25, range.Width(ranges), [&](f64 w) {
     const f64 one = range.ScaledTail(w);
     if (ranges == 1) return one;
     const f64 scale = w > 50 ? 0 : std::exp(-w * w / 4);

@@ -10,7 +10,7 @@ namespace tellurix {
 // P(S' >= S) of Kendall's S, concordant less discordant pairs, of n untied pairs of ranks that are independent. An S
 // that n pairs cannot give, for its parity, counts as the next higher one. Exact for n up to 50, by the number of
 // permutations with each number of inversions; above by an Edgeworth series (D. J. Best & P. G. Gipps 1974, Algorithm
-// AS 71, Applied Statistics 23:98-100), right to about 1e-7 there. `ifault`: 1 for n below 2, 3 for S beyond n (n -
+// AS 71, Applied Statistics 23:98-100), right to about 3e-6 there. `ifault`: 1 for n below 2, 3 for S beyond n (n -
 // 1)/2 either way; the result is then MissingValue.
 double KendallUpperP(std::int32_t S, std::int32_t n, std::int32_t& ifault);
 

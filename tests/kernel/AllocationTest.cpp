@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdlib>
 #include <memory>
@@ -14,6 +15,7 @@
 #include "numeric/Noncentral.h"
 #include "numeric/Power.h"
 #include "numeric/Probability.h"
+#include "numeric/RankStatistics.h"
 
 namespace {
 std::atomic<long> allocations{0};
@@ -70,6 +72,12 @@ TEST(Allocation, ProbabilitiesAllocateNothing) {
       double critical = 0;
       double alpha = 0;
       CriticalValue(static_cast<std::int32_t>(shape), critical, 0.9, alpha);
+      const i32 sizes[] = {9, 4, 6};
+      const i32 n = static_cast<i32>(std::min(shape, 300.0)) + 2;
+      sum += PROBSR(4 * at, n, shape) + DMCA(4 * at, 3, shape, 2, alpha, ifault);
+      sum += DMCC(3 * at, 3, shape, sizes[0], alpha, ifault) + QUANTSR(u, 3, shape);
+      sum += PRHO(n, n * n, ifault) + KSP2(n, n, u, ifault) + KendallUpperP(n / 2, n, ifault) +
+             SpearmanUpperP(n, x, ifault);
       sum += critical + PowerOneSample(0.05, at, 1, 12) + ComputeColumnStats(column).sd;
     }
   }
