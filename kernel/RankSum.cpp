@@ -44,10 +44,10 @@ void DrawRanks(const i32* ranks, const RankScale& scale, i64 count, i64 size, i6
       const f64 passed = (left - static_cast<f64>(size - j)) / left;
       const f64 drawn = static_cast<f64>(size - j + 1) / left;
       f64* row = cell + j * (sums + 1);
-      const f64* from = row - (sums + 1) - rank;
+      const f64* from = j == 0 ? row : row - (sums + 1);
       const i64 joined = j == 0 ? reached + 1 : std::min(rank, reached + 1);
       for (i64 s = 0; s < joined; ++s) row[s] *= passed;
-      for (i64 s = joined; s <= reached; ++s) row[s] = row[s] * passed + from[s] * drawn;
+      for (i64 s = joined; s <= reached; ++s) row[s] = row[s] * passed + from[s - rank] * drawn;
     }
   }
 }

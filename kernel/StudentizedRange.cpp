@@ -27,17 +27,22 @@ using Lanes [[gnu::vector_size(Block * sizeof(f64)), gnu::aligned(sizeof(f64)), 
 Lanes& LanesAt(f64& first) { return reinterpret_cast<Lanes&>(first); }
 const Lanes& LanesAt(const f64& first) { return reinterpret_cast<const Lanes&>(first); }
 
+// Row n holds, by point, the nth derivative of P(Z <= x) over n!.
 struct NormalGrid {
-  std::array<std::array<f64, GridSize>, TaylorTerms> term;  // term[n][i]: the nth derivative at point i over n!
+  std::array<f64, TaylorTerms * GridSize> terms;
+
+  f64& Term(int n, int i) { return terms[n * GridSize + i]; }
+  const f64* Row(int n, int first) const { return terms.data() + n * GridSize + first + GridReach; }
+
   NormalGrid() {
     for (int i = 0; i < GridSize; ++i) {
       const f64 x = (i - GridReach) * GridStep;
-      term[0][i] = NormalTails(x).lower;
-      term[1][i] = InverseSqrtTwoPi * std::exp(-x * x / 2);
-      term[2][i] = -x * term[1][i] / 2;
+      Term(0, i) = NormalTails(x).lower;
+      Term(1, i) = InverseSqrtTwoPi * std::exp(-x * x / 2);
+      Term(2, i) = -x * Term(1, i) / 2;
       // The derivatives of the density: f(n + 1) = -x f(n) - n f(n - 1).
       for (int n = 2; n + 1 < TaylorTerms; ++n)
-        term[n + 1][i] = (-x * term[n][i] - (n - 1) * term[n - 1][i] / n) / (n + 1);
+        Term(n + 1, i) = (-x * Term(n, i) - (n - 1) * Term(n - 1, i) / n) / (n + 1);
     }
   }
 };
@@ -50,7 +55,7 @@ const NormalGrid& Grid() {
 // P(Z <= (i + first) GridStep + shift) for i below Block; |shift| is at most half a step. Even and odd terms by
 // themselves, as two chains that do not wait for each other.
 void NormalBlock(const NormalGrid& grid, int first, f64 shift, f64& row) {
-  const f64* at = grid.term[TaylorTerms - 2].data() + first + GridReach;
+  const f64* at = grid.Row(TaylorTerms - 2, first);
   const f64 square = shift * shift;
   Lanes even = LanesAt(at[0]);
   Lanes odd = LanesAt(at[GridSize]);
@@ -105,8 +110,8 @@ class NormalRange {
     highest_ = static_cast<int>(std::bit_floor(static_cast<unsigned>(power_)));
     first_ = static_cast<int>(std::floor(lowest_ / GridStep));
     const NormalGrid& grid = Grid();
-    below_[0] = grid.term[0].data() + GridReach + first_;
-    density_[0] = grid.term[1].data() + GridReach + first_;
+    below_[0] = grid.Row(0, first_);
+    density_[0] = grid.Row(1, first_);
     for (int phase = 1; phase < phases_; ++phase) FillBetween(phase);
   }
 

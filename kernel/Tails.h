@@ -74,9 +74,9 @@ TELLURIX_KERNEL Tails NoncentralTTails(f64 t, f64 df, f64 delta);
 // 1e8, in a time that grows with its square root; beyond it both are within 1e-9.
 TELLURIX_KERNEL Tails NoncentralChiTails(f64 x, f64 df, f64 lambda);
 
-// P(T' >= T) of the Hotelling-Pabst T, the sum of squared differences between two rankings of n, by the Edgeworth series of
-// algorithm AS 89 (D. J. Best & D. E. Roberts 1975, Applied Statistics 24:377-379). An odd T counts as the next even one;
-// 1 for T <= 0 or n <= 1, 0 beyond the largest T, (n^3 - n)/3.
+// P(T' >= T) of the Hotelling-Pabst T, the sum of squared differences between two rankings of n, by the Edgeworth
+// series of algorithm AS 89 (D. J. Best & D. E. Roberts 1975, Applied Statistics 24:377-379). An odd T counts as the
+// next even one; 1 for T <= 0 or n <= 1, 0 beyond the largest T, (n^3 - n)/3.
 TELLURIX_KERNEL f64 SpearmanSeries(f64 n, f64 T);
 
 }  // namespace tellurix::kernel
