@@ -9,7 +9,7 @@
 
 namespace tellurix::kernel {
 
-// What the sentinel for a critical value that cannot be given looks like to the callers of the library.
+// The callers' sentinel for a value that cannot be given.
 inline constexpr f64 NoValue = 3e300;
 
 // A value of S, by the variable z in which the density of ln S is a normal one times `slope`.

@@ -102,7 +102,8 @@ f64 CertainRange(f64 k) { return std::pow(Epsilon / 4 / k, 1 / (k - 1)) / Invers
 // in which the difference is formed from c = a - b without cancellation.
 class NormalRange {
  public:
-  explicit NormalRange(f64 k) : k_(k), lowest_(LowestMaximum(k)), certain_(CertainRange(k)) {
+  explicit NormalRange(f64 k)
+      : k_(k), lowest_(LowestMaximum(k)), certain_(CertainRange(k)), reach_(std::sqrt(28.5 + std::log(k))) {
     phases_ = k <= 50 ? 1 : k <= 3000 ? 2 : MostPhases;
     step_ = GridStep / phases_;
     if (k != std::floor(k)) return;
@@ -121,15 +122,12 @@ class NormalRange {
   // P(range > w) exp(w^2 / 4).
   f64 ScaledTail(f64 w) const {
     if (w < certain_) return std::exp(w * w / 4);
-    const f64 low = std::max(lowest_, w / 2 - Reach);
-    const f64 high = w > 2 * Reach ? w / 2 + Reach : std::sqrt(2 * Reach * Reach + w * w / 2);
+    const f64 low = std::max(lowest_, w / 2 - reach_);
+    const f64 high = w > 2 * reach_ ? w / 2 + reach_ : std::sqrt(2 * reach_ * reach_ + w * w / 2);
     return power_ > 0 && w <= FastReach ? FastTail(w, low, high) : SlowTail(w, low, high);
   }
 
  private:
-  // With both ends w apart, the density of the largest value falls off as exp(-(z - w/2)^2).
-  static constexpr f64 Reach = 5.4;
-
   f64 FastTail(f64 w, f64 low, f64 high) const {
     const NormalGrid& grid = Grid();
     const int begin = std::max(static_cast<int>(std::floor(low / GridStep)), first_);
@@ -189,6 +187,7 @@ class NormalRange {
   f64 k_;
   f64 lowest_;
   f64 certain_;
+  f64 reach_;  // with both ends w apart, the density of the largest value falls off as k exp(-(z - w/2)^2)
   int phases_;
   f64 step_;
   int power_ = 0;  // k - 1 when k is an integer, else 0
