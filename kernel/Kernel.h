@@ -120,8 +120,9 @@ TELLURIX_KERNEL f64 KSP2(const i32& n1, const i32& n2, const f64& d, i32& ifault
 // n1 + n2 doubled average ranks of the pooled sample, rising. Returns P(2 U' <= twiceU) and sets `upper` to
 // P(2 U' >= twiceU), with U = n1 n2 + n1 (n1 + 1)/2 - the rank sum of the first sample. Sequential drawing of the
 // smaller sample, rank by rank, no term of which cancels. `ifault` 1 for a size below 1 or ranks that do not rise from
-// 0 or more, 2 without memory for its table, which it allocates once: 8 bytes for each rank sum and each member of the
-// smaller sample (1.6 MB for 30 and 80), 1 GB at most.
+// 0 or more; 2 without memory for its table, or time. The table is allocated once, 8 bytes for each rank sum and each
+// member of the smaller sample (1.6 MB for 30 and 80), 1 GB at most; the time is that of 2e10 steps at most, the cells
+// of the table times the ranks.
 TELLURIX_KERNEL f64 WMWPX(const i32& n1, const i32& n2, const i32& ranks, const i32& twiceU, f64& upper, i32& ifault);
 
 // --- studentized range and multiple comparisons ---

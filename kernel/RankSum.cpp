@@ -11,8 +11,9 @@ namespace tellurix::kernel {
 
 namespace {
 
-// Room for the table: 1 GB.
+// Room for the table, 1 GB, and time to go through it once for each rank, some seconds.
 constexpr f64 MostCells = 1.25e8;
+constexpr f64 MostSteps = 2e10;
 
 // The ranks as whole numbers of the smallest step between them, from 0 on.
 struct RankScale {
@@ -70,8 +71,8 @@ f64 WMWPX(const i32& n1, const i32& n2, const i32& ranks, const i32& twiceU, f64
   i64 sums = 0;
   for (i64 i = count - size; i < count; ++i) sums += scale.At(rank[i]);
   const f64 cells = static_cast<f64>(size + 1) * static_cast<f64>(sums + 1);
-  const std::unique_ptr<f64[]> cell(cells > MostCells ? nullptr
-                                                      : new (std::nothrow) f64[static_cast<std::size_t>(cells)]);
+  const bool tooLarge = cells > MostCells || cells * static_cast<f64>(count) > MostSteps;
+  const std::unique_ptr<f64[]> cell(tooLarge ? nullptr : new (std::nothrow) f64[static_cast<std::size_t>(cells)]);
   if (cell == nullptr) {
     ifault = 2;
     return 0;

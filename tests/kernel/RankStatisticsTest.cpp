@@ -343,6 +343,12 @@ TEST(RankStatistics, BadArgumentsSetTheFault) {
     WMWPX(2, 3, (*wrong)[0], 4, upper, ifault);
     EXPECT_NE(ifault, 0);
   }
+  // Sizes whose table would take hours.
+  std::vector<i32> many(200002);
+  for (std::size_t i = 0; i < many.size(); ++i) many[i] = static_cast<i32>(2 * i + 2);
+  i32 tooLarge = 0;
+  WMWPX(2, 200000, many[0], 200000, upper, tooLarge);
+  EXPECT_EQ(tooLarge, 2);
   for (const i32 twiceU : {-Most - 1, -1, 13, Most}) {
     i32 ifault = 0;
     const f64 lower = WMWPX(2, 3, ranks[0], twiceU, upper, ifault);
