@@ -1,5 +1,5 @@
 // Prints kernel/SpearmanCounts.cpp, the exact null distribution of Spearman's rho: spearman_counts > FILE. It takes
-// some seconds and 1 GB.
+// some minutes and 1 GB.
 //
 // Counts the permutations p of 1..n by the sum of i p(i). The first half of the positions is filled in every way, set
 // of values by set of values; the other half is its mirror image (i and p(i) taken from n + 1), so that both halves
