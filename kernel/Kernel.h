@@ -5,7 +5,8 @@
 //   - an array is a reference to its first element with its length beside it; of two indices the first runs fastest;
 //   - a function that can fail has a trailing `ifault`: the caller sets it to 0, anything else on return means that the
 //     result must not be used;
-//   - nothing is reported to a user, no state is held; nothing is allocated but where a declaration says so.
+//   - nothing is reported to a user, no state is held; the probability functions take no memory but where a declaration
+//     says so, and lacking memory is a fault like another.
 #pragma once
 
 #include <cstdint>
@@ -158,7 +159,61 @@ TELLURIX_KERNEL f64 PPD2(const f64& p, const i32& k, const f64& df, const i32& s
 
 // --- ranks and sorting ---
 
+// Average ranks 1 .. n of the data (n of them, not disturbed), equal values sharing their mean rank; both zeros are
+// equal, and every NaN ranks after infinity, all of them tied. `correction` is the sum over the sets of t tied values
+// of, by method: 1 (t^3 - t)/12; 2 t(t - 1)/2; 3 t(t - 1)(2t + 5); 4 t(t - 1)(t - 2); anything else 0.
+// With n below 1 nothing is ranked. Takes n log n time at most; without memory all ranks and the correction are NaN.
+TELLURIX_KERNEL void RANK(const f64* data, f64* ranks, const i32& n, const i32& method, f64& correction);
+
 // --- least squares and matrices ---
+
+// A least squares problem: responses on the columns of a design, both as given by columns of `rows` values.
+struct GlsqrData {
+  i32 rows;              // at least 1
+  i32 columns;           // of the design, at least 0; with the intercept at least 1
+  i32 responses;         // at least 1, each fitted by itself
+  i32 intercept;         // not 0: a column of ones is put before the design
+  const f64* design;     // rows by columns
+  i32 designLeading;     // its leading dimension, at least rows
+  const f64* designLow;  // null, or low-order words of the design in the same layout (columns that no double holds,
+                         // as powers of a predictor); each at most an ulp of the element that it belongs to
+  const f64* response;   // rows by responses
+  i32 responseLeading;   // its leading dimension, at least rows
+  const f64* weights;  // null for none, or one a row, at least 0; a row of weight 0 is left out, whatever stands in it
+};
+
+// The fit, in memory of the caller. With p = columns + 1 if there is an intercept, else columns:
+struct GlsqrFit {
+  f64* r;        // p by p: the upper triangle of R, R'R = X'WX, in the order of the columns, its diagonal at least 0.
+                 // Column j is aliased with columns before it where R(j, j) is exactly 0.0; its row is then 0.
+                 // Below the diagonal, at (j, i), stands what rounding took from R(i, j), for RCOVARB.
+  i32 rLeading;  // leading dimension of r, at least p
+  f64* coefficients;  // p by responses; 0 for an aliased column
+  f64* effects;       // p by responses, or null: Q'y, 0 for an aliased column
+  i32* pivot;         // p: the columns, counted from 0, that bear the fit, then the aliased ones, each in order
+  f64* totalSS;       // one a response: of the response, about its weighted mean with an intercept, else about 0
+  f64* regressionSS;  // one a response: totalSS less residualSS, computed as a sum of squares
+  f64* residualSS;    // one a response
+  i32 rank;           // columns that bear the fit
+  i32 rowsUsed;       // rows whose weight is above 0; rowsUsed - rank are the residual degrees of freedom
+  i32 doubled;        // 1 where the fit was computed in twice the precision of doubles, else 0
+};
+
+// Least squares by Householder's QR, blocks of rows at a time in one pass, the columns shifted to the middle of the
+// data. Where a variance inflation factor exceeds 1e4 or a response is fitted to better than one part in a thousand,
+// and always for small problems, the factorisation runs in twice the precision, so that coefficients and R are then
+// right to the last digits of doubles for the data as given. A column counts as aliased where what the columns before
+// it leave of it is at most `tolerance` of its length; a tolerance of 0 stands for 1e-13. status: 0 done; 1 sizes,
+// pointers or the tolerance out of range; 2 a number that is infinite or NaN; 3 a negative weight or none above 0; 4
+// not enough memory; 5 a result beyond the range of doubles.
+TELLURIX_KERNEL void GLSQR(const GlsqrData& data, const f64& tolerance, GlsqrFit& fit, i32& status);
+
+// scale * (R'R)^-1, a symmetric p by p matrix, from the R of GLSQR with its low-order words (or from any triangle with
+// zeros below the diagonal). Rows and columns of an aliased column, R(j, j) = 0, are 0. status: 0 done; 1 sizes or
+// pointers out of range; 2 an element or the scale that is infinite or NaN, or words below the diagonal that are no
+// low-order words; 3 a result beyond the range of doubles; 4 not enough memory.
+TELLURIX_KERNEL void RCOVARB(const i32& p, const f64* r, const i32& rLeading, const f64& scale, f64* covariance,
+                             const i32& covarianceLeading, i32& status);
 
 // --- conditional likelihood and exact tables ---
 

@@ -1,0 +1,107 @@
+// Ranks, sorts and fits at the sizes that matter; bench/peers/Matrix.R times the same work elsewhere.
+#include <benchmark/benchmark.h>
+
+#include <cmath>
+#include <random>
+#include <span>
+#include <vector>
+
+#include "kernel/Kernel.h"
+#include "numeric/Sorting.h"
+
+namespace {
+
+constexpr i32 Million = 1'000'000;
+
+std::vector<f64> Normals(std::size_t count, unsigned seed) {
+  std::mt19937_64 random(seed);
+  std::normal_distribution<f64> normal;
+  std::vector<f64> values(count);
+  for (auto& x : values) x = normal(random);
+  return values;
+}
+
+void RankMillion(benchmark::State& state) {
+  const auto data = Normals(Million, 1);
+  std::vector<f64> ranks(Million);
+  f64 correction = 0;
+  for (auto _ : state) {
+    RANK(data.data(), ranks.data(), Million, 1, correction);
+    benchmark::DoNotOptimize(ranks.data());
+  }
+}
+BENCHMARK(RankMillion)->Unit(benchmark::kMillisecond);
+
+void SortMillion(benchmark::State& state) {
+  const auto data = Normals(Million, 1);
+  for (auto _ : state) {
+    auto values = data;
+    tellurix::DxSortArray(values);
+    benchmark::DoNotOptimize(values.data());
+  }
+}
+BENCHMARK(SortMillion)->Unit(benchmark::kMillisecond);
+
+struct Record {
+  f64 time;
+  f64 weight;
+  i32 event;
+};
+
+void SortMillionRecords(benchmark::State& state) {
+  const auto data = Normals(Million, 1);
+  std::vector<Record> records;
+  for (const f64 x : data) records.push_back({x, 1, 0});
+  for (auto _ : state) {
+    auto values = records;
+    tellurix::DxSortArrayMulti(values, &Record::time);
+    benchmark::DoNotOptimize(values.data());
+  }
+}
+BENCHMARK(SortMillionRecords)->Unit(benchmark::kMillisecond);
+
+// An intercept and 20 columns; with `nearly` the last is the first but for a part in 10^6.
+void FitMillion(benchmark::State& state, bool nearly) {
+  constexpr i32 Columns = 20;
+  auto design = Normals(std::size_t{Million} * Columns, 2);
+  const auto response = Normals(Million, 3);
+  if (nearly) {
+    for (std::size_t i = 0; i < Million; ++i)
+      design[std::size_t{Million} * (Columns - 1) + i] = design[i] + 1e-6 * response[i] * response[i];
+  }
+  constexpr i32 P = Columns + 1;
+  std::vector<f64> r(P * P);
+  std::vector<f64> coefficients(P);
+  std::vector<i32> pivot(P);
+  f64 totalSS = 0;
+  f64 regressionSS = 0;
+  f64 residualSS = 0;
+  const GlsqrData data{.rows = Million,
+                       .columns = Columns,
+                       .responses = 1,
+                       .intercept = 1,
+                       .design = design.data(),
+                       .designLeading = Million,
+                       .designLow = nullptr,
+                       .response = response.data(),
+                       .responseLeading = Million,
+                       .weights = nullptr};
+  GlsqrFit fit{.r = r.data(),
+               .rLeading = P,
+               .coefficients = coefficients.data(),
+               .effects = nullptr,
+               .pivot = pivot.data(),
+               .totalSS = &totalSS,
+               .regressionSS = &regressionSS,
+               .residualSS = &residualSS};
+  i32 status = 0;
+  for (auto _ : state) {
+    GLSQR(data, 0, fit, status);
+    benchmark::DoNotOptimize(fit);
+  }
+  if (status != 0 || fit.doubled != (nearly ? 1 : 0)) state.SkipWithError("not the fit that was meant");
+}
+BENCHMARK_CAPTURE(FitMillion, WellConditioned, false)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(FitMillion, NearlyCollinear, true)->Unit(benchmark::kMillisecond);
+
+}  // namespace

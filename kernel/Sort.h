@@ -1,0 +1,33 @@
+// Stable sorting of doubles by position; the ranks, the risk sets and the sorts of the commands stand on it.
+#pragma once
+
+#include <bit>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "kernel/Kernel.h"
+
+namespace tellurix::kernel {
+
+// The place of x in the order of doubles, as a number that grows with x. Both zeros share one place; every NaN stands
+// at the end, after infinity.
+inline std::uint64_t SortKey(f64 x) {
+  if (std::isnan(x)) return ~std::uint64_t{0};
+  constexpr std::uint64_t Sign = std::uint64_t{1} << 63;
+  const auto bits = std::bit_cast<std::uint64_t>(x == 0 ? 0.0 : x);
+  return (bits & Sign) != 0 ? ~bits : bits | Sign;
+}
+
+// The positions 0 .. keys.size() - 1 in rising order of their keys; equal keys keep their order. A radix sort of eleven
+// bits a pass (D. E. Knuth 1998, The Art of Computer Programming 3, 5.2.5) that skips the passes in which all keys
+// agree, a merge sort where there are few: time in proportion to the number, 32 bytes of work memory a key.
+// At most 2^32 - 1 keys; throws std::bad_alloc.
+TELLURIX_KERNEL std::vector<std::uint32_t> StableOrder(std::span<const std::uint64_t> keys);
+
+// The same by the values themselves.
+TELLURIX_KERNEL std::vector<std::uint32_t> StableOrder(std::span<const f64> values);
+
+}  // namespace tellurix::kernel
