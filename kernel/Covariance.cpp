@@ -1,4 +1,4 @@
-// Inverses of triangles and of information matrices.
+// Covariances of coefficients from the triangular factor.
 #include <algorithm>
 #include <cmath>
 #include <new>
@@ -13,29 +13,6 @@ namespace tellurix::kernel {
 namespace {
 
 enum Status : i32 { Done, BadSizes, NotFinite, OutOfRange, NoMemory };
-
-std::size_t Place(i32 row, i32 column, i32 leading) {
-  return static_cast<std::size_t>(column) * static_cast<std::size_t>(leading) + static_cast<std::size_t>(row);
-}
-
-// The inverse of a triangle, rows and columns with a diagonal of 0 left out of it.
-template <typename Real>
-Square<Real> InverseTriangle(const Square<Real>& r) {
-  const int p = r.size();
-  Square<Real> inverse(p);
-  const auto kept = [&](int j) { return static_cast<f64>(r(j, j)) != 0; };
-  for (int j = 0; j < p; ++j) {
-    if (!kept(j)) continue;
-    inverse(j, j) = Real(1) / r(j, j);
-    for (int i = j - 1; i >= 0; --i) {
-      if (!kept(i)) continue;
-      Real sum = 0;
-      for (int k = i + 1; k <= j; ++k) sum += r(i, k) * inverse(k, j);
-      inverse(i, j) = Real(0) - sum / r(i, i);
-    }
-  }
-  return inverse;
-}
 
 // What RCOVARB reads: the triangle with columns scaled by powers of two, so that no product leaves the range.
 template <typename Real>

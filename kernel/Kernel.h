@@ -165,6 +165,29 @@ TELLURIX_KERNEL f64 PPD2(const f64& p, const i32& k, const f64& df, const i32& s
 // With n below 1 nothing is ranked. Takes n log n time at most; without memory all ranks and the correction are NaN.
 TELLURIX_KERNEL void RANK(const f64* data, f64* ranks, const i32& n, const i32& method, f64& correction);
 
+// The state of a walk through ordered pairs: set `started` to 0 and give memory for `next` and `heap`, one element each
+// for every value of the first sample; the rest belongs to the walk. The samples must not change meanwhile.
+struct PairWalk {
+  i32 started;
+  i32 status;  // 0 a value was given; 1 there is none left; 2 the arguments are illegal
+  i32 rows;
+  i32* next;
+  i32* heap;
+};
+
+// The next of the ordered averages (x_i + x_j)/2, i <= j (Walsh averages, count(count + 1)/2 of them), in rising order:
+// each call gives one. The data, count of them, finite, must stand in rising order. A heap with one pair of each row:
+// O(log count) a call. With a status other than 0 in the walk the result is NaN.
+TELLURIX_KERNEL void PAIRNEXT(PairWalk& walk, f64& result, const f64* data, const i32& count);
+
+// The next of the ordered differences a_i - b_j, all na * nb of them, in rising order. Both samples, finite, must stand
+// in rising order. Otherwise as PAIRNEXT; the memory of the walk is for na elements.
+TELLURIX_KERNEL void FINDNEXT(PairWalk& walk, f64& result, const f64* a, const f64* b, const i32& na, const i32& nb);
+
+// The expected value of the order-th smallest of n independent standard normal deviates, 1 <= order <= n; otherwise
+// NaN. Precise to 1e-13 or better; quadrature as in NormalScores.h, where all orders of one n are to be had together.
+TELLURIX_KERNEL f64 EXPNOS(const i32& n, const i32& order);
+
 // --- least squares and matrices ---
 
 // A least squares problem: responses on the columns of a design, both as given by columns of `rows` values.
@@ -215,9 +238,49 @@ TELLURIX_KERNEL void GLSQR(const GlsqrData& data, const f64& tolerance, GlsqrFit
 TELLURIX_KERNEL void RCOVARB(const i32& p, const f64* r, const i32& rLeading, const f64& scale, f64* covariance,
                              const i32& covarianceLeading, i32& status);
 
+// The singular value decomposition A = U S V' of an m by n matrix, with k = min(m, n): a has the leading dimension
+// `leading` >= m, s gets the k singular values in falling order, u m by k and v n by k get the vectors by columns
+// without gaps. Singular values are precise to 1e-14 of the largest. Jacobi's rotations after a pivoted QR, or divide
+// and conquer for large k (G. H. Golub & C. F. Van Loan 2013, Matrix Computations, 4th edition, 8.6), the values
+// refined in twice the precision. status: 0 done; 1 sizes or pointers out of range; 2 an element that is infinite or
+// NaN; 3 no convergence; 4 not enough memory.
+TELLURIX_KERNEL void SVD(const i32& m, const i32& n, const f64* a, const i32& leading, f64* s, f64* u, f64* v,
+                         i32& status);
+
+// The inverse of a symmetric positive definite n by n matrix, of which the upper triangle is read, and the logarithm of
+// its determinant; by Cholesky's factorisation. status: 0 done; 1 sizes or pointers out of range; 2 an element that is
+// infinite or NaN; 3 not positive definite: `failed`, otherwise 0, is the first row, counted from 1, of which the rows
+// before leave no more than 1e-12 of its diagonal; 4 not enough memory; 5 a result beyond the range of doubles.
+TELLURIX_KERNEL void MXINV(const i32& n, const f64* a, const i32& leading, f64* inverse, const i32& inverseLeading,
+                           f64& logDeterminant, i32& failed, i32& status);
+
+// The order of n cases by stratum, then by time, then as they stand. order[i] is the case, counted from 0, that comes
+// i-th; the strata lie at first[k] .. first[k + 1] - 1 of it, k = 0 .. strata - 1: `first` has room for n + 1.
+// `stratum` may be null: then all is one stratum. status: 0 done; 1 sizes or pointers out of range; 2 a time that is
+// infinite or NaN; 3 not enough memory.
+TELLURIX_KERNEL void MXSRT(const i32& n, const f64* time, const i32* stratum, i32* order, i32& strata, i32* first,
+                           i32& status);
+
 // --- conditional likelihood and exact tables ---
 
 // --- curves ---
+
+// The polynomial c[0] + c[1] x + ... + c[degree] x^degree at x, as if in twice the precision and then rounded:
+// compensated Horner scheme (S. Graillat, P. Langlois & N. Louvet 2009, Japan Journal of Industrial and Applied
+// Mathematics 26:191-214). NaN for a degree below 0.
+TELLURIX_KERNEL f64 POLYFUNC(const f64& x, const f64* coefficients, const i32& degree);
+
+// The polynomial through the n points (xa, ya) at x, by Neville's method; dy is what the point farthest from x changed
+// (y itself where there is but one), an estimate of the error. status: 0 done; 1 n below 1, two equal xa or a result
+// that is not finite: y and dy are 0; 2 not enough memory.
+TELLURIX_KERNEL void POLINT(const f64* xa, const f64* ya, const i32& n, const f64& x, f64& y, f64& dy, i32& status);
+
+// One stage of the extended trapezoidal rule for an integral from `lower` to `upper`. Stage 1 takes count = 2 values,
+// of the function at both limits; stage k > 1 takes the values at the count = 2^(k - 2) points between, the i-th of
+// them (from 0) at lower + (i + 1/2)(upper - lower)/count, and halves the steps of the `result` that stage k - 1 left.
+// NaN for another count or a stage outside 1 .. 32.
+TELLURIX_KERNEL void TRAPZD(const f64& lower, const f64& upper, const f64* values, const i32& stage, f64& result,
+                            const i32& count);
 
 // --- random numbers ---
 

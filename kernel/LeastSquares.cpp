@@ -240,26 +240,28 @@ bool Fill(const Problem& problem, const std::vector<std::size_t>& rows, const st
   return true;
 }
 
+// Of the elements first .. end - 1 of a column.
+template <typename Real>
+Real SumOfSquares(const Square<Real>& matrix, int column, int first, int end) {
+  Real sum = 0;
+  for (int i = first; i < end; ++i) sum += matrix(i, column) * matrix(i, column);
+  return sum;
+}
+
 // The root of the largest variance inflation factor among the predictors: the longest row of the inverse of R, its
 // columns brought to length 1. Infinite for a singular R.
 f64 LargestInflation(const Square<f64>& r, int predictors) {
-  Square<f64> inverse(predictors);
-  f64 largest = 0;
+  Square<f64> leading(predictors);
   for (int j = 0; j < predictors; ++j) {
     if (r(j, j) == 0) return std::numeric_limits<f64>::infinity();
-    inverse(j, j) = 1 / r(j, j);
-    for (int i = j - 1; i >= 0; --i) {
-      f64 sum = 0;
-      for (int k = i + 1; k <= j; ++k) sum += r(i, k) * inverse(k, j);
-      inverse(i, j) = -sum / r(i, i);
-    }
+    for (int i = 0; i <= j; ++i) leading(i, j) = r(i, j);
   }
+  const auto inverse = InverseTriangle(leading);
+  f64 largest = 0;
   for (int i = 0; i < predictors; ++i) {
     f64 row = 0;
     for (int j = i; j < predictors; ++j) row += inverse(i, j) * inverse(i, j);
-    f64 column = 0;
-    for (int k = 0; k <= i; ++k) column += r(k, i) * r(k, i);
-    largest = std::max(largest, std::sqrt(row * column));
+    largest = std::max(largest, std::sqrt(row * SumOfSquares(r, i, 0, i + 1)));
   }
   return largest;
 }
@@ -296,13 +298,6 @@ std::optional<Square<f64>> PlainTriangle(const Problem& problem) {
 }
 
 // --- from the triangle to the fit ---
-
-template <typename Real>
-Real SumOfSquares(const Square<Real>& matrix, int column, int first, int end) {
-  Real sum = 0;
-  for (int i = first; i < end; ++i) sum += matrix(i, column) * matrix(i, column);
-  return sum;
-}
 
 // Clears column j below row `top` by a reflection of the rows top .. j.
 template <typename Real>

@@ -1,30 +1,13 @@
 // The triangular factor of a matrix that comes in blocks of rows.
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <vector>
 
 #include "kernel/DoubleDouble.h"
+#include "kernel/Square.h"
 
 namespace tellurix::kernel {
-
-// A square matrix by columns; only as much as the factorisations need.
-template <typename Real>
-class Square {
- public:
-  explicit Square(int size) : size_(size), values_(static_cast<std::size_t>(size) * static_cast<std::size_t>(size)) {}
-  int size() const { return size_; }
-  Real& operator()(int row, int column) { return values_[At(row, column)]; }
-  const Real& operator()(int row, int column) const { return values_[At(row, column)]; }
-
- private:
-  std::size_t At(int row, int column) const {
-    return static_cast<std::size_t>(column) * static_cast<std::size_t>(size_) + static_cast<std::size_t>(row);
-  }
-  int size_;
-  std::vector<Real> values_;
-};
 
 // A block of rows held by columns, in doubles.
 class PlainBlock {
