@@ -263,6 +263,40 @@ TELLURIX_KERNEL void MXSRT(const i32& n, const f64* time, const i32* stratum, i3
 
 // --- conditional likelihood and exact tables ---
 
+// Matched sets of cases and controls.
+struct ClmainData {
+  i32 rows;               // at least 1
+  i32 columns;            // covariates, at least 1
+  const f64* covariates;  // rows by columns, by columns
+  i32 leading;            // its leading dimension, at least rows
+  const i32* stratum;     // one a row; a set is a run of rows with one value
+  const i32* isCase;      // one a row: 1 for a case, 0 for a control
+};
+
+// The fit, in memory of the caller.
+struct ClmainFit {
+  f64* coefficients;  // columns; on entry where to start
+  f64* score;         // columns: the derivatives of the log likelihood at the coefficients
+  f64* information;   // columns by columns without gaps: minus the second derivatives there
+  f64* covariance;    // columns by columns, or null: the inverse of the information
+  f64 logLikelihood;  // at the coefficients
+  i32 iterations;     // that were needed
+  i32 singular;       // the covariate, counted from 1, that status 4 is about, else 0
+};
+
+// The exact conditional likelihood of matched sets of any number of cases and controls: of each set, the probability
+// that among all choices of as many members the cases were the ones. Sets without a case or without a control add
+// nothing. Recursion of M. H. Gail, J. H. Lubin & L. V. Rubinstein (1981), Biometrika 68:703-707, over the smaller of
+// the two groups, carried on means and covariances of the chosen instead of derivatives, so that nothing cancels and
+// nothing overflows. Time in proportion to members * smaller group * columns^2 for each set.
+// Newton's method with halved steps, at most `iterations` of them, until the log likelihood changes by no more than
+// accuracy * (|log likelihood| + accuracy); with iterations = 0 the likelihood is taken at the coefficients as given.
+// status: 0 done; 1 sizes, pointers, the accuracy (at least 0) or a case indicator out of range; 2 a covariate or a
+// coefficient that is infinite or NaN; 3 not enough memory; 4 the information is singular; 5 not converged: the fit
+// holds the last step.
+TELLURIX_KERNEL void CLMAIN(const ClmainData& data, const f64& accuracy, const i32& iterations, ClmainFit& fit,
+                            i32& status);
+
 // --- curves ---
 
 // The polynomial c[0] + c[1] x + ... + c[degree] x^degree at x, as if in twice the precision and then rounded:
