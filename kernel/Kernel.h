@@ -297,6 +297,41 @@ struct ClmainFit {
 TELLURIX_KERNEL void CLMAIN(const ClmainData& data, const f64& accuracy, const i32& iterations, ClmainFit& fit,
                             i32& status);
 
+// How far RCNWA may go; zeros throughout are good limits.
+struct RcnwaLimits {
+  i32 hybrid;  // not 0: where what is left of a table has expected counts of at least 5 in four fifths of its cells and
+               // of at least 1 in all, chi-square stands for the rest of the walk
+  f64 memory;  // bytes at most; 0 for 10^9
+  f64 work;    // steps at most, some 6 nanoseconds each; 0 for 6 * 10^9
+  i32 (*poll)(void* context, f64 share);  // null, or called some ten times a second with the share done; 0 stops
+  void* context;                          // handed to poll
+};
+
+// The exact test of a rows by columns table with fixed margins (Fisher, Freeman and Halton): pTable is the probability
+// of the table, p that of all tables no more probable (within one part in 10^9). The network algorithm of C. R. Mehta &
+// N. R. Patel (1983), Journal of the American Statistical Association 78:427-434, hybrid form 1986, ACM Transactions on
+// Mathematical Software 12:154-161, with the paths of equal length joined as in D. B. Clarkson, Y. Fan & H. Joe (1993),
+// ACM Transactions on Mathematical Software 19:484-488. Counts are whole numbers in doubles, by columns.
+// status: 0 done; 1 sizes (at least 2 by 2) or pointers out of range; 2 a count that is negative, not whole or not
+// finite; 3 a total of 0 or above 2^31 - 1; 4 more memory needed than allowed or had, as for a row or column above
+// 10^6; 5 more steps needed than allowed; 6 stopped by poll.
+TELLURIX_KERNEL void RCNWA(const f64* table, const i32& rows, const i32& columns, const RcnwaLimits& limits,
+                           f64& pTable, f64& p, i32& status);
+
+// The generalized Cochran-Mantel-Haenszel statistics of strata of rows by columns tables, the first index running
+// fastest: chi-square on df[0 .. 2] degrees of freedom under the hypothesis of no association in any stratum.
+//   correlation  the linear trend between the scores, df 1
+//   meanScore    the rows' means of the column scores, df rows - 1
+//   association  any association, df (rows - 1)(columns - 1)
+// Scores that are null stand for 1, 2, 3 ... A degree of freedom falls away with a row or column that is empty or with
+// scores that do not differ; with none left df and statistic are 0. Strata of fewer than 2 add nothing.
+// J. R. Landis, E. R. Heyman & G. G. Koch (1978), International Statistical Review 46:237-254.
+// status: 0 done; 1 sizes (rows and columns at least 2, strata at least 1) or pointers out of range; 2 a count that is
+// negative or a number that is infinite or NaN; 3 no stratum of 2 or more; 4 not enough memory.
+TELLURIX_KERNEL void GENCMH(const f64* table, const i32& rows, const i32& columns, const i32& strata,
+                            const f64* rowScores, const f64* columnScores, f64& correlation, f64& meanScore,
+                            f64& association, i32* df, i32& status);
+
 // --- curves ---
 
 // The polynomial c[0] + c[1] x + ... + c[degree] x^degree at x, as if in twice the precision and then rounded:
