@@ -9,9 +9,6 @@
 
 namespace tellurix::kernel {
 
-// The callers' sentinel for a value that cannot be given.
-inline constexpr f64 NoValue = 3e300;
-
 // A value of S, by the variable z in which the density of ln S is a normal one times `slope`.
 struct ScalePoint {
   f64 s;
