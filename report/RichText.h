@@ -129,10 +129,10 @@ struct RichText {
 };
 
 // Reads a rich-text file or fragment group. It survives anything: what it does not know it skips, what is cut short it
-// closes; lengths are cut to a million twips either way. Text that a tracked change has deleted is left out; the words in
-// a box follow the paragraph that the box is tied to, foot- and endnotes the whole text, each with its number. An empty paragraph behind the last paragraph mark is none.
-// Nothing only where the bytes, behind a byte order mark and blanks, do not start with "{\rtf". Time and memory are
-// linear in the size of the bytes.
+// closes; lengths are cut to a million twips either way. Text that a tracked change has deleted is left out; the words
+// in a box follow the paragraph that the box is tied to, foot- and endnotes the whole text, each with its number. An
+// empty paragraph behind the last paragraph mark is none. Nothing only where the bytes, behind a byte order mark and
+// blanks, do not start with "{\rtf". Time and memory are linear in the size of the bytes.
 std::optional<RichText> ReadRtf(std::string_view bytes);
 
 // Plain text as it stands in rich text: backslash and braces escaped, other than ASCII as Unicode escapes, tabs and

@@ -11,10 +11,10 @@
 #include <system_error>
 
 #include "numeric/Text.h"
+#include "workbook/FileBeside.h"
 #include "workbook/WorkbookContents.h"
 #include "workbook/files/ByteStream.h"
 #include "workbook/files/CellChunk.h"
-#include "workbook/FileBeside.h"
 #include "workbook/files/Sqlite.h"
 
 namespace tellurix {

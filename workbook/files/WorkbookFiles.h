@@ -44,9 +44,8 @@ bool ReadWorkbookFile(const std::filesystem::path& path, Workbook& workbook, con
 // The type that an extension stands for (of xls the newer one, of htm the one with looks).
 std::optional<WorkbookFileType> WorkbookTypeOf(const std::filesystem::path& path);
 
-// Writes beside the old file, syncs, and puts the new one in its place. The text types hold the active sheet alone, with
-// its numbers in the regional form.
-// False with the reason in `problem` and the old file as it was.
+// Writes beside the old file, syncs, and puts the new one in its place. The text types hold the active sheet alone,
+// with its numbers in the regional form. False with the reason in `problem` and the old file as it was.
 bool WriteWorkbookFile(const Workbook& workbook, const std::filesystem::path& path, WorkbookFileType type,
                        std::string& problem, const Regional& regional = {});
 
