@@ -116,6 +116,13 @@ TEST_F(FileCommands, AFailedOpenSaysSoAndLeavesNoWindow) {
   EXPECT_EQ(refused(missing), "File Open: " + UpperCase(missing) + " is not available");
   const std::string rich = Put("bad.rtf", "plain").string();
   EXPECT_EQ(refused(rich), "Reading Rich Text File: " + rich + " is not a valid (rich) text file");
+  const std::string own = Put("bad.tlw", "SQLite format 3").string();
+  EXPECT_TRUE(refused(own).starts_with("Reading Workbook File: " + own + " could not be read."));
+  const std::string old = Put("bad.mrw", std::string("\0\1\2\"", 4)).string();
+  EXPECT_TRUE(refused(old).starts_with("Reading Workbook File: " + old +
+                                       " could not be read.\nIn order to read some older types of workbook in "
+                                       "Tellurix, Microsoft Excel must be installed "
+                                       "on this computer."));
   EXPECT_NE(refused(Put("open.csv", "1,\"2\n")).find("A quote that opens in line 1"), std::string::npos) << Said();
 
   host.messages.clear();
