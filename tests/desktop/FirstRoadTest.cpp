@@ -15,6 +15,7 @@
 #include "desktop/FormDialog.h"
 #include "desktop/GridView.h"
 #include "desktop/HelpWindow.h"
+#include "desktop/LinkServer.h"
 #include "desktop/MainWindow.h"
 #include "desktop/ReportView.h"
 #include "desktop/SelectionBar.h"
@@ -324,6 +325,33 @@ TEST_F(FirstRoad, ProgressCanBeCancelled) {
   driver.Step("ended", Idle(), [&] { EXPECT_FALSE(progress()->isVisible()); });
   driver.Drive();
   EXPECT_TRUE(main.DesktopSession().CancelRequested);
+}
+
+// A second start hands its file over while the first one calculates: it is opened when the calculation has ended.
+TEST_F(FirstRoad, ASecondStartDuringACalculationOpensItsFileAfterwards) {
+  const MenuEntry entry{.name = "M_Endless", .active = InWorksheet, .command = Endless};
+  const fs::path folder = fs::temp_directory_path() / "tellurix-second-start";
+  fs::create_directory(folder);
+  fs::copy_file(Root / "Data" / "sleep.csv", folder / "second.csv", fs::copy_options::overwrite_existing);
+  const QString socket = QString::fromStdString((folder / "link").string());
+  LinkServer link;
+  ASSERT_TRUE(link.Listen([this](const QString& command) { main.ExecuteLinkCommand(command); }, socket));
+  const auto progress = [this] { return main.findChild<QDialog*>("Progress"); };
+  driver.Step("run", Idle(), [&] { main.RunEntry(entry); });
+  driver.Step(
+      "second start", [&] { return progress() && progress()->isVisible(); },
+      // This thread is the first one's: nobody reads while the command is sent.
+      [&] {
+        EXPECT_TRUE(LinkServer::Send("FileOpen " + QString::fromStdString((folder / "second.csv").string()), socket));
+        QTest::qWait(50);
+        EXPECT_EQ(main.OpenedDocuments().WorkbookCount(), 1);
+        Click(progress()->findChild<QPushButton*>());
+      });
+  driver.Step(
+      "opened", [&] { return Idle()() && main.OpenedDocuments().WorkbookCount() == 2; },
+      [&] { EXPECT_EQ(main.OpenedDocuments().WorkbookName(1), "second.csv"); });
+  driver.Drive();
+  fs::remove_all(folder);
 }
 
 // The window's close box in the middle of a wait takes the command back first; then the questions come.
