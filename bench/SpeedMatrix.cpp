@@ -6,7 +6,7 @@
 #include <span>
 #include <vector>
 
-#include "kernel/Kernel.h"
+#include "kernel/NormalScores.h"
 #include "numeric/Sorting.h"
 
 namespace {
@@ -103,5 +103,43 @@ void FitMillion(benchmark::State& state, bool nearly) {
 }
 BENCHMARK_CAPTURE(FitMillion, WellConditioned, false)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(FitMillion, NearlyCollinear, true)->Unit(benchmark::kMillisecond);
+
+void NormalScoresOfTenThousand(benchmark::State& state) {
+  std::vector<f64> scores(10'000);
+  for (auto _ : state) {
+    tellurix::kernel::ExpectedNormalScores(10'000, scores.data());
+    benchmark::DoNotOptimize(scores.data());
+  }
+}
+BENCHMARK(NormalScoresOfTenThousand)->Unit(benchmark::kMillisecond);
+
+// All averages of a sample of 1000, in order.
+void WalkHalfAMillionAverages(benchmark::State& state) {
+  constexpr i32 Count = 1000;
+  auto data = Normals(Count, 4);
+  tellurix::DxSortArray(data);
+  std::vector<i32> next(Count);
+  std::vector<i32> heap(Count);
+  for (auto _ : state) {
+    PairWalk walk{0, 0, 0, next.data(), heap.data()};
+    f64 average = 0;
+    while (walk.status == 0) PAIRNEXT(walk, average, data.data(), Count);
+    benchmark::DoNotOptimize(walk);
+  }
+}
+BENCHMARK(WalkHalfAMillionAverages)->Unit(benchmark::kMillisecond);
+
+// A 5 by 5 table of 126.
+void ExactTestOfFiveByFive(benchmark::State& state) {
+  const std::vector<f64> table{7, 4, 5, 3, 6, 4, 9, 3, 5, 4, 6, 3, 8, 4, 5, 5, 5, 3, 9, 4, 4, 5, 6, 4, 5};
+  for (auto _ : state) {
+    f64 pTable = 0;
+    f64 p = 0;
+    i32 status = 0;
+    RCNWA(table.data(), 5, 5, {}, pTable, p, status);
+    benchmark::DoNotOptimize(p);
+  }
+}
+BENCHMARK(ExactTestOfFiveByFive)->Unit(benchmark::kMillisecond);
 
 }  // namespace

@@ -1,17 +1,17 @@
-# The work of bench/SpeedMatrix.cpp in R: prints "benchmark name<TAB>milliseconds", the least of a few runs.
-least <- function(name, work, runs = 3) {
-  times <- replicate(runs, system.time(work())[["elapsed"]])
-  cat(name, "\t", 1000 * min(times), "\n", sep = "")
-}
+# The work of bench/SpeedMatrix.cpp in R.
+source(file.path(Sys.getenv("PEERS"), "common", "measure.R"))
 
 set.seed(1)
 n <- 1e6
 x <- rnorm(n)
-least("RankMillion", function() rank(x))
-least("SortMillion", function() sort(x))
+peer("RankMillion", rank(x))
+peer("SortMillion", sort(x))
 records <- data.frame(time = x, weight = 1, event = 0L)
-least("SortMillionRecords", function() records[order(records$time), ])
+peer("SortMillionRecords", records[order(records$time), ])
 
 design <- cbind(1, matrix(rnorm(20 * n), n))
 y <- rnorm(n)
-least("FitMillion/WellConditioned", function() lm.fit(design, y))
+peer("FitMillion/WellConditioned", lm.fit(design, y))
+
+table <- matrix(c(7, 4, 5, 3, 6, 4, 9, 3, 5, 4, 6, 3, 8, 4, 5, 5, 5, 3, 9, 4, 4, 5, 6, 4, 5), 5)
+peer("ExactTestOfFiveByFive", fisher.test(table, workspace = 4e8), rounds = 1)
