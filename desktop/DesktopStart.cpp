@@ -7,7 +7,7 @@ namespace tellurix {
 
 void DesktopStart::SetTitle(const std::string& title) { window_.setWindowTitle(QString::fromStdString(title)); }
 
-bool DesktopStart::OpenLinkedFile(const LinkedFile& file) { return window_.OpenFile(file.path); }
+bool DesktopStart::OpenLinkedFile(const std::filesystem::path& file) { return window_.OpenFile(file); }
 
 void DesktopStart::ShowOpening(const std::string& name, const std::string& version) {
   Opening(QString::fromStdString(name), QString::fromStdString(version)).Run();

@@ -12,7 +12,7 @@ class DesktopStart : public FrontEnd {
   explicit DesktopStart(MainWindow& window) : window_(window) {}
 
   void SetTitle(const std::string& title) override;
-  bool OpenLinkedFile(const LinkedFile& file) override;
+  bool OpenLinkedFile(const std::filesystem::path& file) override;
   void ShowOpening(const std::string& name, const std::string& version) override;
   void ShowMainWindow() override;
 

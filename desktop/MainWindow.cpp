@@ -314,7 +314,7 @@ void MainWindow::ExecuteLinkCommand(const QString& text) {
     return;
   }
   tellurix::ExecuteLinkCommand(session_, text.toStdString(),
-                               [this](const LinkedFile& file) { return OpenFile(file.path); });
+                               [this](const fs::path& file) { return OpenFile(file); });
   if (!isVisible()) return;  // it starts
   if (isMinimized()) showNormal();
   raise();

@@ -23,7 +23,7 @@ std::optional<fs::path> Existing(std::string_view name, const fs::path& programF
 
 }  // namespace
 
-std::optional<LinkedFile> ReadLinkCommand(std::string_view text, const fs::path& programFolder) {
+std::optional<fs::path> ReadLinkCommand(std::string_view text, const fs::path& programFolder) {
   const std::string command = ReplaceAll(Trim(text), "\"", "");
   std::optional<fs::path> file;
   const auto blank = command.find(' ');
@@ -35,11 +35,10 @@ std::optional<LinkedFile> ReadLinkCommand(std::string_view text, const fs::path&
       file = Existing(std::string_view(command).substr(command.rfind(' ') + 1), programFolder);
     }
   }
-  if (!file) return std::nullopt;
-  return LinkedFile{*file, FoldCase(file->string()).find("~excel") != std::string::npos};
+  return file;
 }
 
-bool ExecuteLinkCommand(Session& session, std::string_view text, const std::function<bool(const LinkedFile&)>& open) {
+bool ExecuteLinkCommand(Session& session, std::string_view text, const std::function<bool(const fs::path&)>& open) {
   BusyPointer(session);
   const auto file = ReadLinkCommand(text, session.paths.program);
   const bool isGood = file ? open(*file) : Trim(text).empty();

@@ -130,7 +130,7 @@ bool StartUp(Session& session, FrontEnd& front, const std::vector<std::string>& 
   FindHelp(session);
   OfferSpreadsheetLink(session, front);
   for (const std::string& text : commandLine) {
-    ExecuteLinkCommand(session, text, [&](const LinkedFile& file) { return front.OpenLinkedFile(file); });
+    ExecuteLinkCommand(session, text, [&](const std::filesystem::path& file) { return front.OpenLinkedFile(file); });
   }
   front.ShowOpening(ProductName, ProductVersion);
   front.ShowMainWindow();

@@ -15,7 +15,7 @@ class FrontEnd {
   virtual ~FrontEnd() = default;
 
   virtual void SetTitle(const std::string& title) = 0;
-  virtual bool OpenLinkedFile(const LinkedFile& file) = 0;  // by extension; false after a message
+  virtual bool OpenLinkedFile(const std::filesystem::path& file) = 0;  // by extension; false after a message
   // The `Opening` screen, with the events pumped, until its time has run out or it is clicked.
   virtual void ShowOpening(const std::string& name, const std::string& version) = 0;
   virtual void ShowMainWindow() = 0;  // MD1, at its saved place

@@ -21,13 +21,13 @@ class StartUpTest : public ::testing::Test, public FrontEnd {
  protected:
   // What was seen, in its order.
   std::vector<std::string> steps;
-  std::vector<LinkedFile> opened;
+  std::vector<fs::path> opened;
   bool canLink = false;
   bool linkWorks = true;
 
   void SetTitle(const std::string& title) override { steps.push_back("title " + title); }
-  bool OpenLinkedFile(const LinkedFile& file) override {
-    steps.push_back("open " + file.path.filename().string());
+  bool OpenLinkedFile(const fs::path& file) override {
+    steps.push_back("open " + file.filename().string());
     EXPECT_TRUE(host.busy);
     opened.push_back(file);
     return true;
@@ -142,8 +142,8 @@ TEST_F(StartUpTest, OpensTheFilesOfTheCommandLine) {
   ASSERT_TRUE(Start({(folder / "a b.csv").string(), "FileOpen \"" + (folder / "~Excel.xls").string() + "\"",
                      (folder / "~excel.xls").string(), (folder / "été.csv").string(), ""}));
   ASSERT_EQ(opened.size(), 2u);
-  EXPECT_FALSE(opened[0].isTemporaryCopy);
-  EXPECT_TRUE(opened[1].isTemporaryCopy);
+  EXPECT_EQ(opened[0].filename(), "a b.csv");
+  EXPECT_EQ(opened[1].filename(), "~excel.xls");
   ASSERT_EQ(host.messages.size(), 2u);
   EXPECT_EQ(host.messages[0].title, "File Open");
   EXPECT_TRUE(host.LastMessage().ends_with("ÉTÉ.CSV is not available")) << host.LastMessage();
