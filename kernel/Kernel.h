@@ -5,8 +5,8 @@
 //   - an array is a reference to its first element with its length beside it; of two indices the first runs fastest;
 //   - a function that can fail has a trailing `ifault`: the caller sets it to 0, anything else on return means that the
 //     result must not be used;
-//   - nothing is reported to a user, no state is held; the probability functions take no memory but where a declaration
-//     says so, and lacking memory is a fault like another.
+//   - nothing is reported to a user, no state is held but the random generator's; the probability functions take no
+//     memory but where a declaration says so, and lacking memory is a fault like another.
 #pragma once
 
 #include <cstdint>
@@ -352,5 +352,14 @@ TELLURIX_KERNEL void TRAPZD(const f64& lower, const f64& upper, const f64* value
                             const i32& count);
 
 // --- random numbers ---
+// One stream for the whole process, of the Mersenne Twister MT19937 (Matsumoto & Nishimura 1998, ACM Transactions on
+// Modeling and Computer Simulation 8:3-30); the only functions here with a state between calls. Not for several threads.
+
+// Starts the stream: the same seed, any at all, gives the same stream. The published seeding of 2002 for one integer,
+// the 32 bits of `seed` read as unsigned. A process that never calls it has the stream of the seed 5489.
+TELLURIX_KERNEL void INITMTRND(const i32& seed);
+
+// The next uniform deviate: (k + 1/2) / 2^32 for the next 32-bit integer k of the stream; never 0, never 1.
+TELLURIX_KERNEL f64 MTRND();
 
 }  // extern "C"
