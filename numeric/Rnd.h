@@ -60,6 +60,7 @@ class RndNormal {
 
  private:
   RndUniform& uniform_;
+  double mean_ = 1, sd_ = 1, logMean_ = 0, logSd_ = 0;  // of GenLnNorm
 };
 
 // J. H. Ahrens & U. Dieter (1972), algorithm SA, Computer methods for sampling from the exponential and normal
@@ -172,12 +173,14 @@ class RndBinomial {
 // distributions, ACM Transactions on Mathematical Software 8:163-179; below a mean of 10 its table look-up.
 class RndPoisson {
  public:
+  static constexpr double LargestMean = 1e15;  // beyond, whole numbers are no longer told apart
+
   RndPoisson(RndUniform& uniform, RndNormal& normal, RndExponential& exponential, RndGamma& gamma)
       : uniform_(uniform), normal_(normal), exponential_(exponential), gamma_(gamma) {}
 
   void Seed(std::int32_t seed) { uniform_.Seed(seed); }
 
-  double GenPoisson(double mean);           // 0 to 1e15
+  double GenPoisson(double mean);           // 0 to LargestMean
   double GenNegbin(double size, double p);  // failures before success number `size` (above 0, any); 0 < p <= 1
   double GenGeom(double p);                 // failures before the first success; 0 < p <= 1
 

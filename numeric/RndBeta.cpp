@@ -80,22 +80,20 @@ double RndBeta::FromBC() {
       accepted = z <= 0.25;
       if (!accepted && z >= k2) continue;
     }
-    const double v = beta * LogOdds(u1);
-    // With W = a exp(v): ln(alpha / (b + W)) + v is -ln((a + b exp(-v)) / alpha), which does not overflow for v above 0
-    // and is precise for a large a.
+    // With W = a exp(v): ln(alpha / (b + W)) + v is -ln((a + b exp(-v)) / alpha), which is precise for a large a and
+    // does not overflow for v above 0.
     constexpr double FarBelow = -700;
+    const double v = beta * LogOdds(u1);
+    const bool isFarBelow = v < FarBelow;
+    const double inverse = isFarBelow ? 0 : std::exp(-v);
     if (!accepted) {
       const double logarithm =
-          v > FarBelow ? -std::log1p(b * std::expm1(-v) / alpha) : std::log(alpha / (b + a * std::exp(v))) + v;
-      accepted = alpha * logarithm - Ln4 >= std::log(z);
+          isFarBelow ? std::log(alpha / (b + a * std::exp(v))) + v : -std::log1p(b * (inverse - 1) / alpha);
+      if (alpha * logarithm - Ln4 < std::log(z)) continue;
     }
-    if (!accepted) continue;
-    if (v > FarBelow) {
-      const double opposite = b * std::exp(-v);
-      return first == a ? a / (a + opposite) : opposite / (a + opposite);
-    }
-    const double w = a * std::exp(v);
-    return first == a ? w / (b + w) : b / (b + w);
+    const double w = isFarBelow ? a * std::exp(v) : a;  // both parts of the ratio over exp(v), where that is not 0
+    const double rest = isFarBelow ? b : b * inverse;
+    return first == a ? w / (rest + w) : rest / (rest + w);
   }
 }
 

@@ -8,7 +8,6 @@ namespace tellurix {
 namespace {
 
 constexpr double TableBelow = 10;
-constexpr double LargestMean = 1e15;  // beyond, whole numbers are no longer told apart
 constexpr double InverseSqrtTwoPi = 0.398942280401432677939946;
 
 // The coefficients of PD, as they were published, for the series of (ln(1 + v) - v) / v^2.

@@ -78,7 +78,13 @@ double RndNormal::GenNorm(double mean, double sd) {
 
 double RndNormal::GenLnNorm(double mean, double sd) {
   if (!(mean > 0 && std::isfinite(mean) && sd > 0 && std::isfinite(sd))) return MissingValue;
-  const double z = GenNorm(std::log(mean), std::log(sd));
+  if (mean != mean_ || sd != sd_) {
+    mean_ = mean;
+    sd_ = sd;
+    logMean_ = std::log(mean);
+    logSd_ = std::log(sd);
+  }
+  const double z = GenNorm(logMean_, logSd_);
   return z == MissingValue ? MissingValue : OrMissing(std::exp(z));
 }
 

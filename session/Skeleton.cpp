@@ -1,5 +1,7 @@
 #include "session/Skeleton.h"
 
+#include "numeric/Rnd.h"
+
 namespace tellurix {
 
 void BusyPointer(Session& session) { session.host.SetBusy(true); }
@@ -58,6 +60,8 @@ bool ShowProgress(Session& session, std::string_view label, double share) {
 Poll ProgressPoll(Session& session) {
   return [&session](std::string_view label, double share) { return ShowProgress(session, label, share); };
 }
+
+std::int32_t NewSeed(const Session& session) { return session.AutomaticSeed > 0 ? session.AutomaticSeed : ClockSeed(); }
 
 void RefuseNonNumericData(Session& session) {
   ShowMessage(session, "You must select numerical data for this function", WarningIcon, "Worksheet Data Selection");

@@ -5,6 +5,7 @@
 // command with the report as it was. A command of the Data menu does the same with new columns for the template.
 #pragma once
 
+#include <cstdint>
 #include <string_view>
 
 #include "report/Report.h"
@@ -50,6 +51,9 @@ bool ShowProgress(Session& session, std::string_view label, double share);
 
 // The same as the poll that long computations take.
 Poll ProgressPoll(Session& session);
+
+// The seed of a command that draws at random, above 0: the session's automatic one, else one from the clock.
+std::int32_t NewSeed(const Session& session);
 
 // "You must select numerical data for this function".
 void RefuseNonNumericData(Session& session);
