@@ -74,9 +74,9 @@ void RndGamma::Prepare(double shape) {
   large_.q0 = Q0(shape);
   const double s = large_.s;
   if (shape <= 3.686) {
-    large_.b = 0.463 + s + 0.178 * large_.s2;
+    large_.b = 0.463 + s - 0.178 * large_.s2;
     large_.sigma = 1.235;
-    large_.c = 0.195 / s - 0.079 + 0.16 * s;
+    large_.c = 0.195 / s - 0.079 + 0.016 * s;
   } else if (shape <= 13.022) {
     large_.b = 1.654 + 0.0076 * large_.s2;
     large_.sigma = 1.68 / s + 0.275;
