@@ -122,6 +122,16 @@ std::vector<Function> DistributionFunctions() {
   };
 }
 
+// --- random numbers ---
+
+// The first deviate after a seed.
+std::vector<Function> RandomFunctions() {
+  return {Faulting("INITMTRND", 1, [](const Arguments& x, i32&) {
+    INITMTRND(Int(x[0]));
+    return MTRND();
+  })};
+}
+
 // Every combination of the corner values, the last argument running fastest.
 void ForEachCombination(std::size_t count, const std::function<void(const Arguments&)>& visit) {
   std::vector<std::size_t> chosen(count, 0);
@@ -152,6 +162,10 @@ void Drive(const Function& function) {
 
 TEST(Corner, Tails) {
   for (const Function& function : TailFunctions()) Drive(function);
+}
+
+TEST(Corner, Random) {
+  for (const Function& function : RandomFunctions()) Drive(function);
 }
 
 TEST(Corner, Distributions) {
