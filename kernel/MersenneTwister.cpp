@@ -22,12 +22,6 @@ std::uint32_t Tempered(std::uint32_t word) {
 
 }  // namespace
 
-void MersenneTwister::Seed(std::uint32_t seed) {
-  state_[0] = seed;
-  for (std::uint32_t i = 1; i < Size; ++i) state_[i] = 1812433253U * (state_[i - 1] ^ (state_[i - 1] >> 30)) + i;
-  used_ = Size;
-}
-
 void MersenneTwister::Seed(std::span<const std::uint32_t> key) {
   Seed(19650218U);
   std::size_t i = 1;
@@ -69,7 +63,7 @@ void MersenneTwister::Refill() {
 namespace {
 
 // The one stream of the process.
-tellurix::kernel::MersenneTwister generator;
+constinit tellurix::kernel::MersenneTwister generator;
 
 }  // namespace
 

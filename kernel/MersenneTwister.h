@@ -16,9 +16,13 @@ class TELLURIX_KERNEL MersenneTwister {
  public:
   static constexpr std::uint32_t DefaultSeed = 5489;
 
-  explicit MersenneTwister(std::uint32_t seed = DefaultSeed) { Seed(seed); }
+  constexpr explicit MersenneTwister(std::uint32_t seed = DefaultSeed) { Seed(seed); }
 
-  void Seed(std::uint32_t seed);
+  constexpr void Seed(std::uint32_t seed) {
+    state_[0] = seed;
+    for (std::uint32_t i = 1; i < Size; ++i) state_[i] = 1812433253U * (state_[i - 1] ^ (state_[i - 1] >> 30)) + i;
+    used_ = Size;
+  }
   void Seed(std::span<const std::uint32_t> key);  // a key of one number or more
 
   // The next integer, each of the 2^32 equally likely.

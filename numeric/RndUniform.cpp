@@ -73,7 +73,7 @@ double RndNormal::GenNorm(double mean, double sd) {
   const double u2 = uniform_.GenUni();
   i32 ifault = 0;
   const double z = GAUINV((std::trunc(TwoTo27 * u1) + u2) / TwoTo27, ifault);
-  return ifault == 0 ? z * sd + mean : MissingValue;
+  return ifault == 0 ? OrMissing(z * sd + mean) : MissingValue;
 }
 
 double RndNormal::GenLnNorm(double mean, double sd) {

@@ -104,6 +104,7 @@ TEST(Rnd, CornersGiveNumbersOrMissing) {
         expect("Cauchy", rnd.uniform.GenCauchy(a, b), -Largest, Largest);
         expect("logistic", rnd.uniform.GenLogistic(a, b), -Largest, Largest);
         expect("Weibull", rnd.uniform.GenWeibull(a, b), 0, Largest);
+        expect("normal", rnd.normal.GenNorm(a, b), -Largest, Largest);
         expect("lognormal", rnd.normal.GenLnNorm(a, b), 0, Largest);
         expect("gamma", rnd.gamma.GenGamma(a, b), 0, Largest);
         expect("F", rnd.gamma.GenF(a, b), 0, Largest);
