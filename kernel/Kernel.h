@@ -353,7 +353,7 @@ TELLURIX_KERNEL void TRAPZD(const f64& lower, const f64& upper, const f64* value
 
 // --- random numbers ---
 // One stream for the whole process, of the Mersenne Twister MT19937 (Matsumoto & Nishimura 1998, ACM Transactions on
-// Modeling and Computer Simulation 8:3-30); the only functions here with a state between calls. Not for several threads.
+// Modeling and Computer Simulation 8:3-30); the only functions here with a state between calls. For one thread.
 
 // Starts the stream: the same seed, any at all, gives the same stream. The published seeding of 2002 for one integer,
 // the 32 bits of `seed` read as unsigned. A process that never calls it has the stream of the seed 5489.
