@@ -97,6 +97,8 @@ class Host {
 
   // Told when a range that was marked before has answered a prompt without the bar.
   virtual void RangeTaken(const SelectionRequest& request) { (void)request; }
+  // A command has taken this seed for its random numbers from the clock.
+  virtual void SeedTaken(int) {}
 
   virtual void SetBusy(bool busy) = 0;  // the hourglass
   virtual bool IsBusy() const = 0;

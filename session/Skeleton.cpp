@@ -61,7 +61,12 @@ Poll ProgressPoll(Session& session) {
   return [&session](std::string_view label, double share) { return ShowProgress(session, label, share); };
 }
 
-std::int32_t NewSeed(const Session& session) { return session.AutomaticSeed > 0 ? session.AutomaticSeed : ClockSeed(); }
+std::int32_t NewSeed(Session& session) {
+  if (session.AutomaticSeed > 0) return session.AutomaticSeed;
+  const std::int32_t seed = ClockSeed();
+  session.host.SeedTaken(seed);
+  return seed;
+}
 
 void RefuseNonNumericData(Session& session) {
   ShowMessage(session, "You must select numerical data for this function", WarningIcon, "Worksheet Data Selection");

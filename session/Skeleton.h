@@ -53,7 +53,7 @@ bool ShowProgress(Session& session, std::string_view label, double share);
 Poll ProgressPoll(Session& session);
 
 // The seed of a command that draws at random, above 0: the session's automatic one, else one from the clock.
-std::int32_t NewSeed(const Session& session);
+std::int32_t NewSeed(Session& session);
 
 // "You must select numerical data for this function".
 void RefuseNonNumericData(Session& session);

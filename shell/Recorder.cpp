@@ -63,6 +63,7 @@ void Recorder::Note(std::string_view step) {
 
 void Recorder::NoteRun(std::string_view path) {
   Note("run " + QuotedText(path));
+  runLine_ = lines_.empty() ? 0 : lines_.size() - 1;
   if (edits_) edits_->CommandActs();
 }
 
@@ -203,6 +204,15 @@ SelectionReply Recorder::WaitForSelection(const SelectionRequest& request) {
 void Recorder::RangeTaken(const SelectionRequest& request) {
   WriteMarks();
   inner_.RangeTaken(request);
+}
+
+// The seed has to be in force before the run begins.
+void Recorder::SeedTaken(int seed) {
+  if (recording_) {
+    lines_.insert(lines_.begin() + static_cast<std::ptrdiff_t>(runLine_), "seed " + std::to_string(seed));
+    ++runLine_;
+  }
+  inner_.SeedTaken(seed);
 }
 
 std::optional<FileChoice> Recorder::ChooseFile(const FileRequest& request) {

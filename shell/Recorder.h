@@ -43,6 +43,7 @@ class Recorder : public Host {
   SelectionReply WaitForSelection(const SelectionRequest& request) override;
   std::optional<FileChoice> ChooseFile(const FileRequest& request) override;
   void RangeTaken(const SelectionRequest& request) override;
+  void SeedTaken(int seed) override;
 
   // --- Host: passed on ---
   bool ShowProgress(const Progress& progress) override { return inner_.ShowProgress(progress); }
@@ -69,6 +70,7 @@ class Recorder : public Host {
   int editDepth_ = 0;                 // of what is done by hand
   std::unique_ptr<HandEdits> edits_;  // while recording
   std::vector<std::string> lines_;
+  std::size_t runLine_ = 0;    // where the last run begins
   std::string modelessInUse_;  // title of the modeless form that acted last
 };
 

@@ -115,6 +115,20 @@ TEST_F(RandomNumbers, WithoutASeedTakesOneFromTheClock) {
   EXPECT_EQ(Run().columns[0].values, drawn);
 }
 
+TEST_F(RandomNumbers, ARecordingDrawsTheSameNumbers) {
+  player.PlayedSession().AutomaticSeed = 0;
+  player.Record();
+  ASSERT_EQ(Play(Command(0, "type 1\ntype 5\npick \"Book 01\"\n")), "");
+  const std::vector<double> drawn = Run().columns.at(0).values;
+  ScriptPlayer again(ScriptPaths(TELLURIX_SOURCE_DIR));
+  ScriptFile script;
+  std::string error;
+  const std::string recording = player.Recording();
+  ASSERT_TRUE(ReadScript(recording, "recording", script, error)) << error;
+  ASSERT_TRUE(again.Play(script)) << again.Failure() << "\n" << recording;
+  EXPECT_EQ(again.PlayedSession().results.Runs().back().columns.at(0).values, drawn) << recording;
+}
+
 // Titles and parameters are read and written with the symbols of the user.
 TEST_F(RandomNumbers, ParametersFollowTheDecimalSymbol) {
   player.PlayedSession().options.regional.decimalSymbol = ",";
