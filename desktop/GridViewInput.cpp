@@ -646,7 +646,8 @@ void GridView::keyPressEvent(QKeyEvent* event) {
     // The edit's cell was scrolled away, or the grid was given the focus amid an edit.
     ScrollTo(editRow_, editColumn_);
     editor_->setFocus(Qt::OtherFocusReason);
-    if (editor_->isVisible()) QApplication::sendEvent(editor_, event);
+    // Not by sendEvent: what the edit has no use for, like Shift alone, would come back here without end.
+    if (editor_->isVisible() && !EditorKey(editor_, event)) editor_->event(event);
     return;
   }
   const bool shift = event->modifiers() & Qt::ShiftModifier;

@@ -245,6 +245,8 @@ TEST_F(WorksheetViewTest, EditsInPlace) {
   EXPECT_TRUE(grid->Editor()->isVisible());
   EXPECT_EQ(view.FormulaLine()->text(), "12.5");
   EXPECT_NE(book.NumberRC(2, 2), 12.5);
+  Key(Qt::Key_Shift);  // nothing that a line of text takes
+  EXPECT_EQ(grid->Editor()->text(), "12.5");
   Key(Qt::Key_Down);  // typed: the arrow commits
   EXPECT_EQ(book.NumberRC(2, 2), 12.5);
   EXPECT_EQ(Active(), "B3");
