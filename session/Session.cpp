@@ -10,6 +10,7 @@ Session::Session(Host& frontHost, Documents& openDocuments, Settings& settingsFi
       settings(settingsFile),
       paths(std::move(folders)),
       prompts(host, documents, options, HelpContext, [this] { SaveSettings(*this); }),
-      data(host, documents, options, results, HelpContext, [this] { SaveSettings(*this); }) {}
+      data(host, documents, options, results, HelpContext, [this] { SaveSettings(*this); }),
+      graphics(host, options.regional, paths.temporary) {}
 
 }  // namespace tellurix

@@ -5,6 +5,7 @@
 #include <functional>
 #include <memory>
 
+#include "graphics/Graphics.h"
 #include "host/Documents.h"
 #include "host/Host.h"
 #include "host/Results.h"
@@ -49,6 +50,7 @@ class Session {
 
   Prompts prompts;
   DataSelection data;
+  Graphics graphics;
 
   Formatter Format() const { return Formatter(options); }
   TemplateMerge Merge() { return {host, results, paths.program / "Template"}; }

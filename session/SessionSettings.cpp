@@ -6,6 +6,7 @@
 #include <array>
 
 #include "numeric/Text.h"
+#include "session/ReportGraphics.h"
 
 namespace tellurix {
 
@@ -144,6 +145,7 @@ void LoadSettings(Session& session) {
   options.DecimalPlaces = read("DecimalPlaces", 2, 12);
   options.PDecimalPlaces = read("DecimalPlacesP", 3, 7);
   options.RClick = read("RClick", -1, 1) != 0;
+  LoadLooks(session);
 }
 
 void SaveSettings(Session& session) {

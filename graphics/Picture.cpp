@@ -1,0 +1,310 @@
+#include "graphics/Picture.h"
+
+#include <utf8proc.h>
+
+#include <algorithm>
+#include <fstream>
+#include <limits>
+
+#include "graphics/Metafile.h"
+#include "numeric/Rounding.h"
+#include "numeric/Text.h"
+
+namespace tellurix {
+
+namespace {
+
+constexpr std::size_t HeaderSize = 18;
+constexpr std::size_t LongestText = 4096;  // bytes of a record; no page shows more
+
+// The measuring font is given in points, of which one is 1.4 page units high.
+constexpr double UnitsPerPoint = 1.4;
+
+std::int16_t Clamped(std::int32_t value) {
+  return static_cast<std::int16_t>(std::clamp<std::int32_t>(value, std::numeric_limits<std::int16_t>::min(),
+                                                            std::numeric_limits<std::int16_t>::max()));
+}
+
+void AppendWord(std::string& bytes, std::uint16_t word) {
+  bytes.push_back(static_cast<char>(word & 0xFF));
+  bytes.push_back(static_cast<char>(word >> 8));
+}
+
+// The text on one line, cut at a character where it is too long.
+std::string OneLine(std::string_view text) {
+  std::string line = ToUtf8(text);
+  if (line.size() > LongestText) {
+    line.resize(LongestText);
+    while (!line.empty() && !IsValidUtf8(line)) line.pop_back();
+  }
+  for (char& c : line) {
+    if (static_cast<unsigned char>(c) < 0x20) c = ' ';
+  }
+  return line;
+}
+
+// The character's place in Windows-1252, or "?".
+char EightBit(std::int32_t character) {
+  if (character < 0x80 || (character >= 0xA0 && character < 0x100)) return static_cast<char>(character);
+  for (int byte = 0x80; byte < 0xA0; ++byte) {
+    const char c = static_cast<char>(byte);
+    if (ToUtf8(std::string_view(&c, 1)) == EncodeUtf8(static_cast<char32_t>(character))) return c;
+  }
+  return '?';
+}
+
+std::string EightBitText(std::string_view text) {
+  std::string narrow;
+  const auto* bytes = reinterpret_cast<const utf8proc_uint8_t*>(text.data());
+  for (std::size_t at = 0; at < text.size();) {
+    utf8proc_int32_t character = 0;
+    const auto used = utf8proc_iterate(bytes + at, static_cast<utf8proc_ssize_t>(text.size() - at), &character);
+    narrow += used > 0 ? EightBit(character) : '?';
+    at += used > 0 ? static_cast<std::size_t>(used) : 1;
+  }
+  return narrow;
+}
+
+}  // namespace
+
+bool Picture::Open(const std::filesystem::path& file, const Page& page) {
+  std::ofstream out(file, std::ios::binary | std::ios::trunc);
+  open_ = out.good();
+  if (!open_) return false;
+  file_ = file;
+  pageHeight_ = page.PageHeight;
+  bytes_.assign(HeaderSize, '\0');
+  longestRecord_ = 0;
+  objects_ = 0;
+  pens_.clear();
+  brushes_.clear();
+  fontObjects_.clear();
+  pen_ = brush_ = font_ = -1;
+  textColour_ = align_ = -1;
+  constexpr std::int32_t anisotropic = 8, transparent = 1;
+  Record(wmf::SetMapMode, {anisotropic});
+  Record(wmf::SetWindowOrg, {0, 0});
+  Record(wmf::SetWindowExt, {page.PageHeight, Page::PageWidth});
+  Record(wmf::SetBkMode, {transparent});
+  SetBrush();
+  return true;
+}
+
+bool Picture::Close() {
+  if (!open_) return false;
+  open_ = false;
+  for (int i = 0; i < objects_; ++i) Record(wmf::DeleteObject, {i});
+  Record(wmf::Eof, {});
+  WriteHeader();
+  std::ofstream out(file_, std::ios::binary | std::ios::trunc);
+  out.write(bytes_.data(), static_cast<std::streamsize>(bytes_.size()));
+  out.close();
+  return out.good();
+}
+
+void Picture::WriteHeader() {
+  constexpr std::uint16_t inMemory = 1, headerWords = 9, version = 0x0300;
+  const auto words = static_cast<std::uint32_t>(bytes_.size() / 2);
+  const auto longest = static_cast<std::uint32_t>(longestRecord_);
+  std::string header;
+  AppendWord(header, inMemory);
+  AppendWord(header, headerWords);
+  AppendWord(header, version);
+  AppendWord(header, static_cast<std::uint16_t>(words & 0xFFFF));
+  AppendWord(header, static_cast<std::uint16_t>(words >> 16));
+  AppendWord(header, static_cast<std::uint16_t>(objects_));
+  AppendWord(header, static_cast<std::uint16_t>(longest & 0xFFFF));
+  AppendWord(header, static_cast<std::uint16_t>(longest >> 16));
+  AppendWord(header, 0);
+  std::copy(header.begin(), header.end(), bytes_.begin());
+}
+
+// --- records ---
+
+void Picture::Begin(std::uint16_t record, std::size_t words) {
+  const std::size_t size = words + 3;
+  longestRecord_ = std::max(longestRecord_, size);
+  AppendWord(bytes_, static_cast<std::uint16_t>(size & 0xFFFF));
+  AppendWord(bytes_, static_cast<std::uint16_t>(size >> 16));
+  AppendWord(bytes_, record);
+}
+
+void Picture::Word(std::int32_t value) { AppendWord(bytes_, static_cast<std::uint16_t>(Clamped(value))); }
+
+void Picture::Colour(std::int32_t colour) {
+  AppendWord(bytes_, static_cast<std::uint16_t>(colour & 0xFFFF));
+  AppendWord(bytes_, static_cast<std::uint16_t>(colour >> 16 & 0xFF));
+}
+
+void Picture::Point(std::int32_t x, std::int32_t y) {
+  Word(pageHeight_ - y);
+  Word(x);
+}
+
+void Picture::Record(std::uint16_t record, std::initializer_list<std::int32_t> words) {
+  Begin(record, words.size());
+  for (const std::int32_t word : words) Word(word);
+}
+
+int Picture::NewObject() { return objects_++; }
+
+void Picture::Select(int object) { Record(wmf::SelectObject, {object}); }
+
+// --- primitives ---
+
+void Picture::MoveTo(std::int32_t x, std::int32_t y) {
+  if (!open_) return;
+  Begin(wmf::MoveTo, 2);
+  Point(x, y);
+}
+
+void Picture::LineTo(std::int32_t x, std::int32_t y) {
+  if (!open_) return;
+  Begin(wmf::LineTo, 2);
+  Point(x, y);
+}
+
+void Picture::RecordText(std::uint16_t function, std::string_view text) {
+  constexpr std::size_t wordsOfEscape = 2;
+  const std::size_t size = wmf::TextSignature.size() + text.size();
+  Begin(wmf::Escape, wordsOfEscape + (size + 1) / 2);
+  AppendWord(bytes_, function);
+  AppendWord(bytes_, static_cast<std::uint16_t>(size));
+  bytes_ += wmf::TextSignature;
+  bytes_ += text;
+  if (size % 2 != 0) bytes_.push_back('\0');
+}
+
+void Picture::TextOut(std::int32_t x, std::int32_t y, std::string_view text) {
+  if (!open_ || text.empty()) return;
+  const std::string line = OneLine(text);
+  const std::string narrow = EightBitText(line);
+  if (narrow != line) RecordText(wmf::CommentEscape, line);
+  Begin(wmf::TextOut, 3 + (narrow.size() + 1) / 2);
+  AppendWord(bytes_, static_cast<std::uint16_t>(narrow.size()));
+  bytes_ += narrow;
+  if (narrow.size() % 2 != 0) bytes_.push_back('\0');
+  Point(x, y);
+}
+
+void Picture::SetTextAlign(TextAlign mode) {
+  const int value = static_cast<int>(mode);
+  if (!open_ || align_ == value) return;
+  align_ = value;
+  Record(wmf::SetTextAlign, {value});
+}
+
+void Picture::Ellipse(std::int32_t left, std::int32_t top, std::int32_t right, std::int32_t bottom) {
+  if (!open_) return;
+  Begin(wmf::Ellipse, 4);
+  Point(right, bottom);
+  Point(left, top);
+}
+
+void Picture::Polygon(std::span<const PagePoint> points) {
+  if (!open_ || points.empty()) return;
+  points = points.first(std::min<std::size_t>(points.size(), std::numeric_limits<std::int16_t>::max()));
+  Begin(wmf::Polygon, 1 + 2 * points.size());
+  Word(static_cast<std::int32_t>(points.size()));
+  for (const PagePoint& point : points) {
+    Word(point.x);
+    Word(pageHeight_ - point.y);
+  }
+}
+
+void Picture::SelectPen(const SeriesStyle& style, bool solidOverride) {
+  SelectPenObject(solidOverride ? 0 : style.Style, style.Width, looks_.AllBlack ? 0 : style.Colour);
+}
+
+void Picture::SelectPenRaw(std::int32_t width, std::int32_t colour) {
+  SelectPenObject(0, width, looks_.AllBlack ? 0 : colour);
+}
+
+void Picture::SelectPenObject(std::int32_t style, std::int32_t width, std::int32_t colour) {
+  if (!open_) return;
+  const std::array key{style, colour, width};
+  if (pen_ >= 0 && key == lastPen_) return;
+  auto [found, isNew] = pens_.try_emplace(key, 0);
+  if (isNew) {
+    Begin(wmf::CreatePen, 5);
+    Word(style);
+    Word(width);
+    Word(0);
+    Colour(colour);
+    found->second = NewObject();
+  }
+  lastPen_ = key;
+  pen_ = found->second;
+  Select(pen_);
+}
+
+void Picture::SelectBrushObject(std::int32_t style, std::int32_t hatch, std::int32_t colour) {
+  if (!open_) return;
+  const std::array key{style, colour, hatch};
+  auto [found, isNew] = brushes_.try_emplace(key, 0);
+  if (isNew) {
+    Begin(wmf::CreateBrush, 4);
+    Word(style);
+    Colour(colour);
+    Word(hatch);
+    found->second = NewObject();
+  }
+  if (found->second == brush_) return;
+  brush_ = found->second;
+  Select(brush_);
+}
+
+void Picture::SetBrush() { SelectBrushObject(1, 0, 0); }
+void Picture::SetBrush(std::int32_t colour) { SelectBrushObject(0, 0, colour); }
+void Picture::SetBrush(Hatch hatch, std::int32_t colour) {
+  SelectBrushObject(2, static_cast<std::int32_t>(hatch), colour);
+}
+
+void Picture::SelectFont(const FontSpec& font, std::int32_t escapement, double scale) {
+  measuringFace_ = {font.Name, font.Bold > 550, font.Italic};
+  measuringPoints_ = font.Size / UnitsPerPoint * scale;
+  if (!open_) return;
+  const std::int32_t height = -ToInteger(font.Size * scale);
+  const bool italic = font.Italic && escapement == 0;
+  auto [found, isNew] = fontObjects_.try_emplace(
+      FontKey{font.Name, font.Bold, font.Colour, italic, height, font.Underline, font.Strike, escapement}, 0);
+  if (isNew) {
+    // A face's name has 32 bytes in this record, its closing zero among them; Windows-1252 does for font names.
+    const std::string name = EightBitText(OneLine(font.Name)).substr(0, 31);
+    constexpr std::size_t fixedWords = 9;
+    Begin(wmf::CreateFont, fixedWords + (name.size() + 2) / 2);
+    Word(height);
+    Word(0);
+    Word(escapement);
+    Word(escapement);
+    Word(font.Bold);
+    const auto flag = [&](bool on) { bytes_.push_back(on ? '\1' : '\0'); };
+    flag(italic);
+    flag(font.Underline);
+    flag(font.Strike);
+    bytes_.append(5, '\0');  // charset, precisions, quality, pitch and family: as the system has them
+    bytes_ += name;
+    bytes_.append(name.size() % 2 == 0 ? 2 : 1, '\0');
+    found->second = NewObject();
+  }
+  if (found->second != font_) {
+    font_ = found->second;
+    Select(font_);
+  }
+  const std::int32_t colour = looks_.AllBlack ? 0 : font.Colour;
+  if (colour == textColour_) return;
+  textColour_ = colour;
+  Begin(wmf::SetTextColor, 2);
+  Colour(colour);
+}
+
+double Picture::TextWidth(std::string_view text) const {
+  return fonts_.Width(text, measuringFace_, measuringPoints_ * UnitsPerPoint);
+}
+
+void Picture::ForgetFonts() {
+  fontObjects_.clear();
+  font_ = -1;
+}
+
+}  // namespace tellurix

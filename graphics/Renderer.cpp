@@ -1,0 +1,441 @@
+#include "graphics/Renderer.h"
+
+#include <cairo-pdf.h>
+#include <cairo-svg.h>
+#include <cairo.h>
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <functional>
+#include <memory>
+#include <numbers>
+#include <span>
+
+#include "numeric/Text.h"
+
+namespace tellurix {
+
+namespace {
+
+constexpr int LargestImage = 32767;    // pixels a side
+constexpr double Farthest = 60'000;    // device units from the page; cairo counts in 24 bits
+constexpr double MostDashes = 20'000;  // of one line; longer ones are drawn solid
+constexpr double LargestGlyph = 200;   // device units; larger text is drawn by its outlines
+constexpr double TallestText = 20'000;
+
+void SetColour(cairo_t* context, std::uint32_t colour) {
+  cairo_set_source_rgb(context, (colour & 0xFF) / 255.0, (colour >> 8 & 0xFF) / 255.0, (colour >> 16 & 0xFF) / 255.0);
+}
+
+// An 8 by 8 tile of a hatch.
+cairo_pattern_t* HatchPattern(Hatch hatch, std::uint32_t colour, double scale) {
+  constexpr double size = 8;
+  const int pixels = std::clamp(static_cast<int>(std::lround(size * scale)), 4, 128);
+  cairo_surface_t* tile = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, pixels, pixels);
+  cairo_t* context = cairo_create(tile);
+  cairo_scale(context, pixels / size, pixels / size);
+  SetColour(context, colour);
+  cairo_set_line_width(context, 1);
+  const auto line = [&](double x0, double y0, double x1, double y1) {
+    cairo_move_to(context, x0, y0);
+    cairo_line_to(context, x1, y1);
+  };
+  if (hatch == Hatch::Horizontal || hatch == Hatch::Cross) line(0, 4.5, size, 4.5);
+  if (hatch == Hatch::Vertical || hatch == Hatch::Cross) line(4.5, 0, 4.5, size);
+  // Slanted lines go over the edges, so that the tiles join.
+  const bool rising = hatch == Hatch::Forward || hatch == Hatch::DiagonalCross;
+  const bool falling = hatch == Hatch::Backward || hatch == Hatch::DiagonalCross;
+  for (const double shift : {-size, 0.0, size}) {
+    if (rising) line(shift - 1, size + 1, shift + size + 1, -1);
+    if (falling) line(shift - 1, -1, shift + size + 1, size + 1);
+  }
+  cairo_stroke(context);
+  cairo_destroy(context);
+  cairo_pattern_t* pattern = cairo_pattern_create_for_surface(tile);
+  cairo_surface_destroy(tile);
+  cairo_matrix_t matrix;
+  cairo_matrix_init_scale(&matrix, pixels / (size * scale), pixels / (size * scale));
+  cairo_pattern_set_matrix(pattern, &matrix);
+  cairo_pattern_set_extend(pattern, CAIRO_EXTEND_REPEAT);
+  return pattern;
+}
+
+class Renderer {
+ public:
+  Renderer(const Drawing& drawing, FontBook& fonts, cairo_t* context, double width, double height, DeviceGrid grid)
+      : drawing_(drawing),
+        fonts_(fonts),
+        context_(context),
+        width_(width),
+        height_(height),
+        scaleX_(width / drawing.width),
+        scaleY_(height / drawing.height),
+        scale_(std::sqrt(scaleX_ * scaleY_)),
+        snaps_(grid == DeviceGrid::Pixels) {}
+
+  void Draw() {
+    cairo_save(context_);
+    cairo_new_path(context_);
+    cairo_set_line_join(context_, CAIRO_LINE_JOIN_MITER);
+    for (const DrawItem& item : drawing_.items) Draw(item);
+    cairo_restore(context_);
+  }
+
+ private:
+  using Kind = DrawItem::Kind;
+
+  void Draw(const DrawItem& item) {
+    switch (item.kind) {
+      case Kind::Line:
+        DrawLine(item);
+        break;
+      case Kind::Polygon:
+        DrawPolygon(item);
+        break;
+      case Kind::Text:
+        DrawWords(item);
+        break;
+      case Kind::ClipBox:
+        Clip(item);
+        break;
+      default:
+        DrawBoxed(item);
+        break;
+    }
+  }
+
+  // --- from the page to the device ---
+
+  DrawPoint Place(const DrawPoint& point) const {
+    return {std::clamp((point.x - drawing_.left) * scaleX_, -Farthest, width_ + Farthest),
+            std::clamp((point.y - drawing_.top) * scaleY_, -Farthest, height_ + Farthest)};
+  }
+  std::vector<DrawPoint>& Placed(std::size_t first, std::size_t count) {
+    placed_.clear();
+    for (std::size_t i = 0; i < count; ++i) placed_.push_back(Place(drawing_.points[first + i]));
+    return placed_;
+  }
+
+  // Width of a pen on the device; on pixels a whole number of them.
+  double PenWidth(const DrawPen& pen) const {
+    const double width = std::min(std::max(pen.width, 1.0) * scale_, Farthest);
+    return snaps_ ? std::max(1.0, std::round(width)) : width;
+  }
+
+  // A coordinate at which a line of this width covers whole pixels.
+  double Snapped(double v, double penWidth) const {
+    if (!snaps_) return v;
+    return std::fmod(penWidth, 2) == 1 ? std::floor(v) + 0.5 : std::round(v);
+  }
+
+  // Puts what is level or upright in a chain of points onto the grid.
+  void SnapChain(std::span<DrawPoint> points, double penWidth, bool closed) const {
+    if (!snaps_) return;
+    const auto snapPair = [&](DrawPoint& a, DrawPoint& b) {
+      if (std::fabs(a.x - b.x) < 1e-6) a.x = b.x = Snapped(a.x, penWidth);
+      if (std::fabs(a.y - b.y) < 1e-6) a.y = b.y = Snapped(a.y, penWidth);
+    };
+    for (std::size_t i = 1; i < points.size(); ++i) snapPair(points[i - 1], points[i]);
+    if (closed && points.size() > 2) snapPair(points.back(), points.front());
+  }
+
+  // --- pens and brushes ---
+
+  bool SetPen(const DrawPen& pen, double length) {
+    if (pen.style == PenStyle::Null) return false;
+    const double width = PenWidth(pen);
+    SetColour(context_, pen.colour);
+    cairo_set_line_width(context_, width);
+    SetDashes(pen.style, width, length);
+    return true;
+  }
+
+  void SetDashes(PenStyle style, double width, double length) {
+    const double unit = std::max(width, scale_);
+    static constexpr std::array<std::array<double, 6>, 5> lengths{
+        {{}, {9, 5}, {2, 4}, {9, 4, 2, 4}, {9, 4, 2, 4, 2, 4}}};
+    static constexpr std::array<int, 5> counts{0, 2, 2, 4, 6};
+    const auto index = static_cast<std::size_t>(style);
+    int count = index < counts.size() ? counts[index] : 0;
+    std::array<double, 6> dashes{};
+    double period = 0;
+    for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) period += dashes[i] = lengths[index][i] * unit;
+    if (count > 0 && length > MostDashes * period) count = 0;
+    cairo_set_dash(context_, count > 0 ? dashes.data() : nullptr, count, 0);
+  }
+
+  void Fill(const DrawBrush& brush, bool winding) {
+    if (brush.kind == DrawBrush::Kind::None) return;
+    cairo_set_fill_rule(context_, winding ? CAIRO_FILL_RULE_WINDING : CAIRO_FILL_RULE_EVEN_ODD);
+    if (brush.kind == DrawBrush::Kind::Solid) {
+      SetColour(context_, brush.colour);
+      cairo_fill_preserve(context_);
+      return;
+    }
+    cairo_pattern_t* pattern = HatchPattern(brush.hatch, brush.colour, scale_);
+    cairo_set_source(context_, pattern);
+    cairo_pattern_destroy(pattern);
+    cairo_fill_preserve(context_);
+  }
+
+  void FillAndStroke(const DrawItem& item, double length) {
+    Fill(drawing_.brushes[item.brush], item.winding);
+    if (SetPen(drawing_.pens[item.pen], length)) cairo_stroke_preserve(context_);
+    cairo_new_path(context_);
+  }
+
+  // --- shapes ---
+
+  static double LengthOf(std::span<const DrawPoint> points) {
+    double length = 0;
+    for (std::size_t i = 1; i < points.size(); ++i) {
+      length += std::hypot(points[i].x - points[i - 1].x, points[i].y - points[i - 1].y);
+    }
+    return length;
+  }
+
+  void AddPath(std::span<const DrawPoint> points) {
+    cairo_move_to(context_, points[0].x, points[0].y);
+    for (const DrawPoint& point : points.subspan(1)) cairo_line_to(context_, point.x, point.y);
+  }
+
+  void DrawLine(const DrawItem& item) {
+    std::vector<DrawPoint>& points = Placed(item.first, item.count);
+    const DrawPen& pen = drawing_.pens[item.pen];
+    SnapChain(points, PenWidth(pen), false);
+    if (!SetPen(pen, LengthOf(points))) return;
+    const bool closed = points.size() > 2 && points.front().x == points.back().x && points.front().y == points.back().y;
+    cairo_set_line_cap(context_, pen.style == PenStyle::Solid ? CAIRO_LINE_CAP_SQUARE : CAIRO_LINE_CAP_BUTT);
+    // Long curves are stroked in pieces: what a stroke costs grows faster than its length.
+    constexpr std::size_t piece = 256;
+    if (points.size() <= piece || pen.style != PenStyle::Solid) {
+      AddPath(points);
+      if (closed) cairo_close_path(context_);
+      cairo_stroke(context_);
+    } else {
+      cairo_set_line_cap(context_, CAIRO_LINE_CAP_ROUND);
+      for (std::size_t from = 0; from + 1 < points.size(); from += piece - 1) {
+        AddPath(std::span(points).subspan(from, std::min(piece, points.size() - from)));
+        cairo_stroke(context_);
+      }
+    }
+    cairo_set_line_cap(context_, CAIRO_LINE_CAP_BUTT);
+  }
+
+  void DrawPolygon(const DrawItem& item) {
+    std::vector<DrawPoint>& points = Placed(item.first, item.count);
+    const double penWidth = PenWidth(drawing_.pens[item.pen]);
+    double length = 0;
+    std::size_t at = 0;
+    const auto addRing = [&](std::size_t count) {
+      const std::span ring = std::span(points).subspan(at, count);
+      SnapChain(ring, penWidth, true);
+      AddPath(ring);
+      cairo_close_path(context_);
+      length += LengthOf(ring);
+      at += count;
+    };
+    for (std::uint32_t ring = 0; ring < item.ringCount; ++ring) addRing(drawing_.rings[item.text + ring]);
+    if (item.ringCount == 0) addRing(points.size());
+    FillAndStroke(item, length);
+  }
+
+  void DrawBoxed(const DrawItem& item) {
+    std::vector<DrawPoint>& points = Placed(item.first, item.count);
+    const double penWidth = PenWidth(drawing_.pens[item.pen]);
+    const double left = Snapped(std::min(points[0].x, points[1].x), penWidth);
+    const double right = Snapped(std::max(points[0].x, points[1].x), penWidth);
+    const double top = Snapped(std::min(points[0].y, points[1].y), penWidth);
+    const double bottom = Snapped(std::max(points[0].y, points[1].y), penWidth);
+    if (item.kind == Kind::Rectangle) {
+      cairo_rectangle(context_, left, top, right - left, bottom - top);
+    } else if (right - left < 1e-3 || bottom - top < 1e-3) {
+      cairo_move_to(context_, left, top);
+      cairo_line_to(context_, right, bottom);
+    } else {
+      AddEllipse(item, points, left, top, right, bottom);
+    }
+    FillAndStroke(item, 2 * (right - left + bottom - top));
+  }
+
+  void AddEllipse(const DrawItem& item, std::span<const DrawPoint> points, double left, double top, double right,
+                  double bottom) {
+    const double x = (left + right) / 2, y = (top + bottom) / 2;
+    const double radiusX = (right - left) / 2, radiusY = (bottom - top) / 2;
+    cairo_matrix_t before;
+    cairo_get_matrix(context_, &before);
+    cairo_translate(context_, x, y);
+    cairo_scale(context_, radiusX, radiusY);
+    cairo_new_sub_path(context_);
+    if (item.kind == Kind::Ellipse) {
+      cairo_arc(context_, 0, 0, 1, 0, 2 * std::numbers::pi);
+      cairo_close_path(context_);
+    } else {
+      const auto angle = [&](const DrawPoint& p) { return std::atan2((p.y - y) / radiusY, (p.x - x) / radiusX); };
+      if (item.kind == Kind::Pie) cairo_move_to(context_, 0, 0);
+      cairo_arc_negative(context_, 0, 0, 1, angle(points[2]), angle(points[3]));  // counter-clockwise
+      if (item.kind != Kind::Arc) cairo_close_path(context_);
+    }
+    cairo_set_matrix(context_, &before);
+  }
+
+  void Clip(const DrawItem& item) {
+    cairo_reset_clip(context_);
+    if (item.count < 2) return;
+    const std::vector<DrawPoint>& box = Placed(item.first, 2);
+    cairo_rectangle(context_, box[0].x, box[0].y, std::max(0.0, box[1].x - box[0].x),
+                    std::max(0.0, box[1].y - box[0].y));
+    cairo_clip(context_);
+  }
+
+  // --- text ---
+
+  void DrawWords(const DrawItem& item) {
+    const DrawText& text = drawing_.texts[item.text];
+    const DrawFont& font = drawing_.fonts[item.brush];
+    const FaceName face{font.name, font.weight > 550, font.italic};
+    const double size = font.height;
+    if (!(size * scale_ > 0.1) || size * scale_ > TallestText) return;
+    const double width = fonts_.Width(text.text, face, size);
+    const double ascent = fonts_.Ascent(face, size), descent = fonts_.Descent(face, size);
+    const DrawPoint at = Place(drawing_.points[item.first]);
+
+    cairo_save(context_);
+    SetColour(context_, text.colour);
+    cairo_translate(context_, at.x, at.y);
+    cairo_scale(context_, scaleX_, scaleY_);
+    cairo_rotate(context_, -font.escapement / 1800.0 * std::numbers::pi);
+    const double x = text.across == TextAcross::Left ? 0 : text.across == TextAcross::Right ? -width : -width / 2;
+    const double baseline = text.down == TextDown::Top ? ascent : text.down == TextDown::Bottom ? -descent : 0;
+    cairo_translate(context_, x, baseline);
+    // The baseline of level text stands on a pixel.
+    if (snaps_ && font.escapement == 0) {
+      cairo_matrix_t matrix;
+      cairo_get_matrix(context_, &matrix);
+      matrix.y0 = std::round(matrix.y0);
+      cairo_set_matrix(context_, &matrix);
+    }
+    ShowRuns(fonts_.Runs(text.text, face), size);
+    DrawRules(font, width);
+    cairo_restore(context_);
+    cairo_new_path(context_);
+  }
+
+  void ShowRuns(const std::vector<FaceRun>& runs, double size) {
+    cairo_font_options_t* options = cairo_font_options_create();
+    cairo_font_options_set_hint_style(options, CAIRO_HINT_STYLE_NONE);
+    cairo_font_options_set_hint_metrics(options, CAIRO_HINT_METRICS_OFF);
+    cairo_font_options_set_antialias(options, CAIRO_ANTIALIAS_GRAY);
+    cairo_set_font_options(context_, options);
+    cairo_font_options_destroy(options);
+    cairo_move_to(context_, 0, 0);
+    for (const FaceRun& run : runs) {
+      cairo_set_font_face(context_, run.face);
+      cairo_set_font_size(context_, size);
+      if (size * scale_ <= LargestGlyph) {
+        cairo_show_text(context_, run.text.c_str());
+      } else {
+        cairo_text_path(context_, run.text.c_str());
+        double x = 0, y = 0;
+        cairo_get_current_point(context_, &x, &y);
+        cairo_set_fill_rule(context_, CAIRO_FILL_RULE_WINDING);
+        cairo_fill(context_);
+        cairo_move_to(context_, x, y);
+      }
+    }
+    cairo_new_path(context_);
+  }
+
+  void DrawRules(const DrawFont& font, double width) {
+    const double thickness = font.height / 14;
+    if (font.underline) cairo_rectangle(context_, 0, 0.1 * font.height, width, thickness);
+    if (font.strike) cairo_rectangle(context_, 0, -0.27 * font.height, width, thickness);
+    cairo_fill(context_);
+  }
+
+  const Drawing& drawing_;
+  FontBook& fonts_;
+  cairo_t* context_;
+  double width_, height_;
+  double scaleX_, scaleY_, scale_;
+  bool snaps_;
+  std::vector<DrawPoint> placed_;  // of the item being drawn
+};
+
+cairo_status_t AppendBytes(void* target, const unsigned char* bytes, unsigned int length) {
+  static_cast<std::string*>(target)->append(reinterpret_cast<const char*>(bytes), length);
+  return CAIRO_STATUS_SUCCESS;
+}
+
+// Draws on a surface that writes itself to text.
+using MakeSurface = std::function<cairo_surface_t*(std::string&)>;
+std::string RenderDocument(const Drawing& drawing, FontBook& fonts, double width, double height,
+                           const MakeSurface& make) {
+  std::string bytes;
+  cairo_surface_t* surface = make(bytes);
+  cairo_t* context = cairo_create(surface);
+  Render(drawing, fonts, context, width, height, DeviceGrid::None);
+  cairo_destroy(context);
+  cairo_surface_finish(surface);
+  cairo_surface_destroy(surface);
+  return bytes;
+}
+
+// Names of one picture must not be those of another in the same page of markup.
+std::string Inlined(std::string_view svg) {
+  std::uint64_t hash = 14695981039346656037u;  // FNV-1a, Fowler, Noll, Vo
+  for (const char c : svg) hash = (hash ^ static_cast<unsigned char>(c)) * 1099511628211u;
+  const std::string prefix = fmt::format("p{:x}-", hash);
+  const auto start = svg.find("<svg");
+  if (start == std::string_view::npos) return {};
+  std::string text(svg.substr(start));
+  for (const std::string opening : {"id=\"", "href=\"#", "url(#"}) text = ReplaceAll(text, opening, opening + prefix);
+  return text;
+}
+
+}  // namespace
+
+void Render(const Drawing& drawing, FontBook& fonts, cairo_t* context, double width, double height, DeviceGrid grid) {
+  Renderer(drawing, fonts, context, width, height, grid).Draw();
+}
+
+Image RenderImage(const Drawing& drawing, FontBook& fonts, int width, int height) {
+  Image image;
+  if (width < 1 || height < 1 || width > LargestImage || height > LargestImage) return image;
+  cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_RGB24, width, height);
+  cairo_t* context = cairo_create(surface);
+  cairo_set_source_rgb(context, 1, 1, 1);
+  cairo_paint(context);
+  Render(drawing, fonts, context, width, height, DeviceGrid::Pixels);
+  cairo_destroy(context);
+  cairo_surface_flush(surface);
+  if (cairo_surface_status(surface) == CAIRO_STATUS_SUCCESS) {
+    image.width = width;
+    image.height = height;
+    image.pixels.reserve(static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
+    const unsigned char* row = cairo_image_surface_get_data(surface);
+    for (int y = 0; y < height; ++y, row += cairo_image_surface_get_stride(surface)) {
+      const auto* pixels = reinterpret_cast<const std::uint32_t*>(row);
+      for (int x = 0; x < width; ++x) image.pixels.push_back(pixels[x] | 0xFF000000u);
+    }
+  }
+  cairo_surface_destroy(surface);
+  return image;
+}
+
+std::string RenderSvg(const Drawing& drawing, FontBook& fonts, double width, double height, bool inlined) {
+  const std::string svg = RenderDocument(drawing, fonts, width, height, [&](std::string& bytes) {
+    return cairo_svg_surface_create_for_stream(AppendBytes, &bytes, width, height);
+  });
+  return inlined ? Inlined(svg) : svg;
+}
+
+std::string RenderPdf(const Drawing& drawing, FontBook& fonts, double width, double height) {
+  return RenderDocument(drawing, fonts, width, height, [&](std::string& bytes) {
+    return cairo_pdf_surface_create_for_stream(AppendBytes, &bytes, width, height);
+  });
+}
+
+}  // namespace tellurix

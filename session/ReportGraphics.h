@@ -1,0 +1,22 @@
+// Finished pictures and character canvases into a report.
+#pragma once
+
+#include <string_view>
+
+#include "report/Report.h"
+#include "session/Session.h"
+
+namespace tellurix {
+
+// Puts the picture closed last at the end of the report, with the report's hidden help tag behind it, and logs its
+// record. False, after a message, when the recording cannot be read back.
+bool SendPictureToReport(Session& session, Report& report);
+
+// Merges the character canvas, under its title, into the report. False when the template fails.
+bool SendCanvasToReport(Session& session, Report& report, std::string_view title);
+
+// The looks of charts between the session and its settings.
+void LoadLooks(Session& session);
+void SaveLooks(Session& session);
+
+}  // namespace tellurix
