@@ -261,7 +261,9 @@ void Graphics::DrawAxisTitleY(std::string_view text, int lineCount) {
     return;
   }
   const int centre = page.PlotBottom + page.PlotHeight / (lineCount >= 2 ? 3 : 2);
-  const double room = 2.0 * std::min(centre, page.PageHeight - centre) - 2 * PageEdge;
+  // Clear of the other titles, which are above and below the frame.
+  const int reach = std::min({centre - PageEdge, page.PageHeight - PageEdge - centre, page.PlotHeight / 2 + 50});
+  const double room = 2.0 * reach;
   const Fitted fitted = Fit(looks.LabelFont, Upward, line, room, SmallestLabel);
   picture.SelectFont(looks.LabelFont, Upward, fitted.scale);
   picture.SetTextAlign(TextAlign::Centre);

@@ -85,6 +85,7 @@ class ImageExportForm {
     Control slider{.kind = ControlKind::Slider, .id = "Compression", .caption = "JPEG compression"};
     slider.group = "JPEG compression";
     slider.value = std::to_string(standard.quality);
+    slider.items = {"1", "100"};  // its range
     form_.Add(slider);
     form_.AddLabel("LargeFile", "(large file)").group = "JPEG compression";
     form_.AddButton("Save", "&Save", ButtonRole::Default);

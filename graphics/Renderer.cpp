@@ -130,15 +130,31 @@ class Renderer {
     return std::fmod(penWidth, 2) == 1 ? std::floor(v) + 0.5 : std::round(v);
   }
 
-  // Puts what is level or upright in a chain of points onto the grid.
-  void SnapChain(std::span<DrawPoint> points, double penWidth, bool closed) const {
-    if (!snaps_) return;
-    const auto snapPair = [&](DrawPoint& a, DrawPoint& b) {
-      if (std::fabs(a.x - b.x) < 1e-6) a.x = b.x = Snapped(a.x, penWidth);
-      if (std::fabs(a.y - b.y) < 1e-6) a.y = b.y = Snapped(a.y, penWidth);
+  // Puts what is level or upright in a chain of points onto the grid. A closed chain joins its last point to its first.
+  void SnapChain(std::span<DrawPoint> points, double penWidth, bool closed) {
+    if (!snaps_ || points.size() < 2) return;
+    // Judged on the points as they were: ends that meet are then snapped alike.
+    constexpr std::uint8_t upright = 1, level = 2;
+    edges_.assign(points.size(), 0);
+    const auto judge = [&](std::size_t a, std::size_t b) {
+      const std::uint8_t edge = static_cast<std::uint8_t>((std::fabs(points[a].x - points[b].x) < 1e-6 ? upright : 0) |
+                                                          (std::fabs(points[a].y - points[b].y) < 1e-6 ? level : 0));
+      if (edge == (upright | level)) return;  // the same point twice
+      edges_[a] |= edge;
+      edges_[b] |= edge;
     };
-    for (std::size_t i = 1; i < points.size(); ++i) snapPair(points[i - 1], points[i]);
-    if (closed && points.size() > 2) snapPair(points.back(), points.front());
+    for (std::size_t i = 1; i < points.size(); ++i) judge(i - 1, i);
+    const bool meets = std::hypot(points.front().x - points.back().x, points.front().y - points.back().y) < 1e-6;
+    if (meets) {
+      edges_.front() |= edges_.back();
+      edges_.back() = edges_.front();
+    } else if (closed) {
+      judge(points.size() - 1, 0);
+    }
+    for (std::size_t i = 0; i < points.size(); ++i) {
+      if ((edges_[i] & upright) != 0) points[i].x = Snapped(points[i].x, penWidth);
+      if ((edges_[i] & level) != 0) points[i].y = Snapped(points[i].y, penWidth);
+    }
   }
 
   // --- pens and brushes ---
@@ -362,6 +378,7 @@ class Renderer {
   double scaleX_, scaleY_, scale_;
   bool snaps_;
   std::vector<DrawPoint> placed_;  // of the item being drawn
+  std::vector<std::uint8_t> edges_;
 };
 
 cairo_status_t AppendBytes(void* target, const unsigned char* bytes, unsigned int length) {

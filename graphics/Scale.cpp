@@ -38,7 +38,8 @@ bool Alike(double a, double b) { return std::fabs(a - b) <= 1e-12 * std::fabs(b)
 // The interval between labels, which is what a reader counts in.
 double LabelledStep(const AxisScale& scale) { return scale.intervals % 5 == 0 ? 5 * scale.step : 4 * scale.step; }
 
-bool IsUsableLimit(double v) { return std::isfinite(v) && std::fabs(v) != MissingValue; }
+// A scale reaches beyond its limits, and must not leave the range of a double.
+bool IsUsableLimit(double v) { return std::fabs(v) <= 1e308 && std::fabs(v) != MissingValue; }
 
 // The smallest round step not below d: a mantissa times a power of ten. Nothing where d is too small for doubles.
 std::optional<double> RoundStep(double d) {
@@ -66,10 +67,11 @@ double ShortenStart(double start, double step, int n, double high) {
   for (int i = 1; i <= 9; ++i) {
     if (!(reach + candidate >= high)) break;
     shortened = candidate;
-    const double power = PowerOfTen(m - i);
-    candidate = power * start;
+    const double power = PowerOfTen(i - m);  // of the negative exponent's opposite, which is a whole number
+    if (!std::isfinite(power)) break;
+    candidate = start / power;
     if (candidate < 0) candidate -= 1;
-    candidate = std::trunc(candidate) / power;
+    candidate = std::trunc(candidate) * power;
   }
   return shortened + 0.0;  // never -0
 }
@@ -90,9 +92,11 @@ int DigitCount(double v) {
   return text == "1" ? 1 : static_cast<int>(text.size()) - 2;
 }
 
+// Within what is lost when a tick is computed, which grows with the first tick.
 bool HitsZero(const AxisScale& scale) {
+  const double tolerance = 10 * Epsilon * std::max(1.0, std::fabs(scale.start));
   for (int i = 0; i <= scale.intervals; ++i) {
-    if (std::fabs(scale.start + i * scale.step) <= 10 * Epsilon) return true;
+    if (std::fabs(scale.start + i * scale.step) <= tolerance) return true;
   }
   return false;
 }
@@ -109,16 +113,32 @@ int DecimalsOf(double v) {
 
 std::string Scientific(double v, int decimals) { return fmt::format("{:.{}E}", v, decimals); }
 
-// Scientific labels: two decimals, or as many as tell neighbours apart.
-void WriteScientific(const std::vector<double>& values, std::vector<TickLabel>& labels) {
-  for (int decimals = 2; decimals <= 15; ++decimals) {
-    bool distinct = true;
+// Writes the labels by a function of value and decimals, with as few decimals from `least` on as tell neighbours apart.
+template <typename Write>
+void WriteApart(const std::vector<double>& values, std::vector<TickLabel>& labels, int least, Write write) {
+  for (int decimals = least; decimals <= 15; ++decimals) {
+    bool apart = true;
     for (std::size_t i = 0; i < labels.size(); ++i) {
-      labels[i].text = Scientific(values[i], decimals);
-      if (i > 0 && labels[i].text == labels[i - 1].text) distinct = false;
+      labels[i].text = write(values[i], decimals);
+      if (i > 0 && labels[i].text == labels[i - 1].text) apart = false;
     }
-    if (distinct) return;
+    if (apart) return;
   }
+}
+
+std::size_t Longest(const std::vector<TickLabel>& labels) {
+  std::size_t longest = 0;
+  for (const TickLabel& label : labels) longest = std::max(longest, label.text.size());
+  return longest;
+}
+
+// Scientific labels. Two decimals mostly do; where more are needed the plain form may be shorter.
+void WriteScientific(const std::vector<double>& values, int decimalsOfStep, std::vector<TickLabel>& labels) {
+  WriteApart(values, labels, 2, Scientific);
+  if (Longest(labels) <= std::size_t{9}) return;
+  std::vector<TickLabel> plain = labels;
+  WriteApart(values, plain, std::max(0, decimalsOfStep), FixedText);
+  if (Longest(plain) < Longest(labels)) labels = std::move(plain);
 }
 
 // An antilogarithm, to three figures.
@@ -270,7 +290,7 @@ std::vector<TickLabel> TickLabels(const AxisScale& scale, const Regional& region
   if (logarithmic) {
     for (std::size_t i = 0; i < labels.size(); ++i) labels[i].text = AntilogarithmText(values[i]);
   } else if (format == "Scientific") {
-    WriteScientific(values, labels);
+    WriteScientific(values, DecimalsOf(scale.minorPerMajor * scale.step), labels);
   } else {
     const auto point = format.find('.');
     const int decimals = point == std::string::npos ? 0 : static_cast<int>(format.size() - point - 1);

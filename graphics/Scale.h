@@ -20,7 +20,7 @@ struct AxisScale {
 };
 
 // The scale for limits. Equal limits become low - 1 and high + 1, limits in the wrong order are exchanged, and where
-// one is not finite or stands at the missing value's size both become 0 and 1: the caller's values are changed.
+// one is missing or beyond 1e308 both become 0 and 1: the caller's values are changed.
 AxisScale ChooseScale(double& low, double& high);
 
 // One candidate with n intervals: the smallest step of round mantissa with which n intervals reach from low to high.
@@ -38,9 +38,9 @@ ScaleOrder CompareScales(const AxisScale& old, const AxisScale& candidate);
 // The format of the labels: "#0.00" and so on, or "Scientific".
 std::string AxisNumberFormat(const AxisScale& scale);
 
-// The labelled ticks in order: i of Tick(i), and its label by the axis format. Scientific labels have two decimals, and
-// more where two neighbours would read alike. With `logarithmic` the ticks are natural logarithms, written as what they
-// are the logarithms of.
+// The labelled ticks in order: i of Tick(i), and its label by the axis format. Scientific labels have two decimals;
+// where neighbours would then read alike more, or the plain form with as many as it takes if that is shorter. With
+// `logarithmic` the ticks are natural logarithms, written as what they are the logarithms of.
 struct TickLabel {
   int tick = 0;
   std::string text;

@@ -6,8 +6,10 @@
 #include <fstream>
 #include <optional>
 
+#include "graphics/GraphicsOptions.h"
 #include "graphics/Metafile.h"
 #include "graphics/ReportPicture.h"
+#include "graphics/ScaleForm.h"
 #include "session/SessionSettings.h"
 #include "session/Skeleton.h"
 
@@ -69,6 +71,22 @@ bool SendCanvasToReport(Session& session, Report& report, std::string_view title
   merge.SetField("gr", Value::Rich(session.graphics.canvas.RichRows()));
   merge.CloseTemplate();
   return merge.InsertMergedText(report);
+}
+
+bool ScaleLimitsPrompt(Session& session, bool needsY) {
+  Graphics& graphics = session.graphics;
+  if (!graphics.looks.RequestScales) return true;
+  if (!RunScaleForm(session.host, graphics.page, graphics.looks.RequestScales, needsY, session.options.regional,
+                    session.HelpContext))
+    return false;
+  if (!graphics.looks.RequestScales) SaveLooks(session);
+  return true;
+}
+
+bool GraphicsOptions(Session& session) {
+  if (!RunGraphicsOptions(session.host, session.graphics.looks, session.HelpContext)) return false;
+  SaveLooks(session);
+  return true;
 }
 
 void LoadLooks(Session& session) {

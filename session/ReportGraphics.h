@@ -15,6 +15,13 @@ bool SendPictureToReport(Session& session, Report& report);
 // Merges the character canvas, under its title, into the report. False when the template fails.
 bool SendCanvasToReport(Session& session, Report& report, std::string_view title);
 
+// Where each graph is to ask for its limits, asks for those of the page, x and perhaps y. False when cancelled: the
+// command then ends without a picture.
+bool ScaleLimitsPrompt(Session& session, bool needsY);
+
+// The dialog on the looks of charts; what is changed is kept at once. False when cancelled.
+bool GraphicsOptions(Session& session);
+
 // The looks of charts between the session and its settings.
 void LoadLooks(Session& session);
 void SaveLooks(Session& session);

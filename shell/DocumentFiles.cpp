@@ -5,6 +5,7 @@
 #include <array>
 #include <fstream>
 
+#include "graphics/ImageExport.h"
 #include "numeric/Text.h"
 #include "report/RichText.h"
 #include "workbook/FileBeside.h"
@@ -128,7 +129,7 @@ bool SaveReport(const Report& report, const fs::path& file, std::string& problem
   const std::string extension = Extension(file);
   if (extension == "rtf" || extension == "rtt") return WriteWholeFile(file, WriteRtf(report.text), problem);
   if (extension == "html" || extension == "htm") {
-    return WriteWholeFile(file, WriteHtml(report.text, file.stem().string()), problem);
+    return WriteWholeFile(file, WriteHtml(report.text, file.stem().string(), MakePictureToSvg()), problem);
   }
   if (extension == "txt") return WriteWholeFile(file, WriteText(report.text), problem);
   problem = fmt::format("a report is saved as rtf, html or txt, not as {}", file.filename().string());

@@ -1,0 +1,245 @@
+#include "graphics/Metafile.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <random>
+
+#include "graphics/Renderer.h"
+#include "tests/graphics/Fixture.h"
+
+namespace tellurix {
+namespace {
+
+std::uint16_t WordAt(const std::string& bytes, std::size_t at) {
+  return static_cast<std::uint16_t>(static_cast<unsigned char>(bytes[at]) | static_cast<unsigned char>(bytes[at + 1])
+                                                                                << 8);
+}
+std::uint32_t LongAt(const std::string& bytes, std::size_t at) {
+  return WordAt(bytes, at) | static_cast<std::uint32_t>(WordAt(bytes, at + 2)) << 16;
+}
+
+// A record of a metafile by another hand.
+std::string Record(std::uint16_t function, const std::vector<int>& words) {
+  std::string bytes;
+  const auto put = [&](int word) {
+    bytes.push_back(static_cast<char>(word & 0xFF));
+    bytes.push_back(static_cast<char>(word >> 8 & 0xFF));
+  };
+  put(static_cast<int>(words.size()) + 3);
+  put(0);
+  put(function);
+  for (const int word : words) put(word);
+  return bytes;
+}
+std::string Header() {
+  std::string bytes(18, '\0');
+  bytes[0] = 1;
+  bytes[2] = 9;
+  bytes[5] = 3;
+  return bytes;
+}
+
+TEST_F(Charts, HeaderOfTheRecordingCountsWhatFollows) {
+  const std::string bytes = Recorded([&] { graphics.DrawMarker(100, 100, 8, 1); });
+  EXPECT_EQ(WordAt(bytes, 0), 1);
+  EXPECT_EQ(WordAt(bytes, 2), 9);
+  EXPECT_EQ(WordAt(bytes, 4), 0x0300);
+  EXPECT_EQ(LongAt(bytes, 6), bytes.size() / 2);
+  std::size_t longest = 0, at = 18;
+  int created = 0, deleted = 0;
+  std::uint16_t function = 0xFFFF;
+  while (at < bytes.size()) {
+    const std::size_t words = LongAt(bytes, at);
+    function = WordAt(bytes, at + 4);
+    created += function == wmf::CreatePen || function == wmf::CreateBrush || function == wmf::CreateFont ? 1 : 0;
+    deleted += function == wmf::DeleteObject ? 1 : 0;
+    longest = std::max(longest, words);
+    ASSERT_GE(words, 3U);
+    at += 2 * words;
+  }
+  EXPECT_EQ(at, bytes.size());
+  EXPECT_EQ(function, wmf::Eof);
+  EXPECT_EQ(LongAt(bytes, 12), longest);
+  EXPECT_EQ(WordAt(bytes, 10), created);
+  EXPECT_EQ(deleted, created);
+}
+
+TEST_F(Charts, WhatIsRecordedIsReadBack) {
+  const std::string words = "P ≤ 0.05, größer, Ω 漢字 “€”";
+  const auto drawing = ReadMetafile(Recorded([&] {
+    Picture& picture = graphics.picture;
+    picture.SelectPen({.Colour = 0x00FF00, .Width = 3, .Style = 2});
+    picture.MoveTo(10, 790);
+    picture.LineTo(20, 790);
+    picture.LineTo(20, 700);
+    picture.SetBrush(Hatch::Cross, 0xFF);
+    picture.Ellipse(100, 300, 140, 200);
+    picture.SelectFont({.Name = "Times New Roman", .Size = 30, .Bold = 700, .Italic = true, .Colour = 5}, 900, 2);
+    picture.SetTextAlign(TextAlign::Centre);
+    picture.TextOut(600, 400, words);
+    picture.TextOut(600, 300, "plain");
+  }));
+  ASSERT_TRUE(drawing);
+  EXPECT_EQ(drawing->width, 1132);
+  EXPECT_EQ(drawing->height, 800);
+  ASSERT_EQ(drawing->items.size(), 4U);
+  const DrawItem& line = drawing->items[0];
+  EXPECT_EQ(line.kind, DrawItem::Kind::Line);
+  ASSERT_EQ(line.count, 3U) << "lines in a row are one";
+  EXPECT_EQ(drawing->points[2].x, 20);
+  EXPECT_EQ(drawing->points[2].y, 100);
+  EXPECT_EQ(drawing->pens[line.pen], (DrawPen{PenStyle::Dot, 3, 0x00FF00}));
+  const DrawItem& ellipse = drawing->items[1];
+  EXPECT_EQ(ellipse.kind, DrawItem::Kind::Ellipse);
+  EXPECT_EQ(drawing->brushes[ellipse.brush], (DrawBrush{DrawBrush::Kind::Hatched, Hatch::Cross, 0xFF}));
+  const DrawItem& text = drawing->items[2];
+  EXPECT_EQ(drawing->texts[text.text].text, words);
+  EXPECT_EQ(drawing->texts[text.text].across, TextAcross::Centre);
+  EXPECT_EQ(drawing->texts[text.text].colour, 5U);
+  EXPECT_EQ(drawing->fonts[text.brush], (DrawFont{"Times New Roman", 60, 700, false, false, false, 900}))
+      << "turned text is never italic";
+  EXPECT_EQ(drawing->texts[drawing->items[3].text].text, "plain");
+}
+
+TEST_F(Charts, PensAndFontsAreMadeOnce) {
+  const auto drawing = [&](int markers) {
+    return Recorded([&] {
+             for (int i = 0; i < markers; ++i) {
+               graphics.picture.SelectFont(graphics.looks.LabelFont);
+               graphics.DrawMarker(100, 100, 8, 0);
+             }
+           })
+        .size();
+  };
+  // 14 bytes an ellipse, and nothing else.
+  EXPECT_EQ(drawing(1001) - drawing(1), 14'000U);
+}
+
+TEST(PlaceableHeader, IsAsPublished) {
+  const std::string bytes = PlaceableHeader(1132, 800);
+  ASSERT_EQ(bytes.size(), 22U);
+  EXPECT_EQ(LongAt(bytes, 0), 0x9AC6CDD7U);
+  EXPECT_EQ(WordAt(bytes, 10), 1132);
+  EXPECT_EQ(WordAt(bytes, 12), 800);
+  EXPECT_EQ(WordAt(bytes, 14), 210);
+  EXPECT_EQ(WordAt(bytes, 20), 0x5711 ^ 1132 ^ 800 ^ 210);
+  // 1132 / 210 inch is 136.92 mm.
+  EXPECT_EQ(PlaceableSizeOf(bytes)->width, 13692);
+  EXPECT_EQ(PlaceableSizeOf(bytes)->height, 9676);
+  std::string wrong = bytes;
+  wrong[20] = static_cast<char>(wrong[20] ^ 1);
+  EXPECT_FALSE(PlaceableSizeOf(wrong));
+}
+
+TEST(ForeignMetafile, WindowsStatesAndShapes) {
+  const std::string bytes = PlaceableHeader(100, 50) + Header() + Record(wmf::SetWindowOrg, {10, 20}) +
+                            Record(wmf::SetWindowExt, {-50, 100}) + Record(wmf::CreatePen, {0, 2, 0, 0x3412, 0x56}) +
+                            Record(wmf::SelectObject, {0}) +
+                            Record(wmf::PolyPolygon, {2, 3, 3, 20, 10, 30, 10, 20, 0, 40, 10, 50, 10, 40, 0}) +
+                            Record(wmf::SaveDc, {}) + Record(wmf::SetWindowExt, {-25, 200}) +
+                            Record(wmf::Rectangle, {0, 40, 10, 20}) + Record(wmf::RestoreDc, {-1}) +
+                            Record(0x0F43, {1, 2, 3}) +  // a bitmap, which is passed over
+                            Record(wmf::ExtTextOut, {5, 30, 4, 2, 0, 0, 0, 0, 0x9342, 0x4394}) + Record(wmf::Eof, {});
+  const auto drawing = ReadMetafile(bytes);
+  ASSERT_TRUE(drawing);
+  EXPECT_EQ(drawing->left, 20);
+  EXPECT_EQ(drawing->top, 10);
+  EXPECT_EQ(drawing->width, 100);
+  EXPECT_EQ(drawing->height, 50);
+  ASSERT_EQ(drawing->items.size(), 3U);
+  EXPECT_EQ(drawing->items[0].ringCount, 2U);
+  EXPECT_EQ(drawing->points[2].x, 20);
+  EXPECT_EQ(drawing->points[2].y, 20) << "downward by 10 from the origin at 10, in a window that counts upward";
+  EXPECT_EQ(drawing->pens[drawing->items[0].pen].colour, 0x563412U);
+  // The rectangle (20, 10) to (40, 0) in a window with twice the units across and half of them down.
+  EXPECT_EQ(drawing->points[6].x, 20);
+  EXPECT_EQ(drawing->points[6].y, 10);
+  EXPECT_EQ(drawing->points[7].x, 30);
+  EXPECT_EQ(drawing->points[7].y, 30);
+  EXPECT_EQ(drawing->texts[0].text, "B“”C") << "Windows-1252";
+}
+
+TEST(ForeignMetafile, RefusesWhatIsNone) {
+  for (const std::string& bytes : {std::string(), std::string("\x01"), std::string(200, 'x'), Header(),
+                                   PlaceableHeader(10, 10), std::string("\x89PNG\r\n\x1a\n")}) {
+    EXPECT_FALSE(ReadMetafile(bytes));
+  }
+}
+
+// Damage of every kind: whatever is read back is drawn, in every form.
+TEST_F(Charts, DamagedMetafilesDoNoHarm) {
+  const std::string good = Recorded([&] {
+    graphics.page.Categories = {"a", "ß"};
+    graphics.DrawFrame(true, "Title with Ω", -9);
+    for (int i = 0; i < 9; ++i) graphics.DrawMarker(200 + 50 * i, 300, 9, i);
+    graphics.picture.SetBrush(Hatch::Forward);
+    graphics.picture.Ellipse(100, 300, 140, 200);
+    graphics.DrawAxisTitleY("A title that reads upward, turned");
+  });
+  const char* rounds = std::getenv("TELLURIX_FUZZ_ROUNDS");
+  std::mt19937 random(7);
+  const auto below = [&](std::size_t n) { return std::uniform_int_distribution<std::size_t>(0, n - 1)(random); };
+  FontBook fonts;
+  int drawn = 0;
+  for (int round = 0; round < (rounds ? std::atoi(rounds) : 500); ++round) {
+    std::string bytes = good;
+    if (below(4) == 0) bytes.resize(below(bytes.size()));
+    for (std::size_t change = 0; change < 1 + below(12) && !bytes.empty(); ++change) {
+      const std::size_t at = below(bytes.size());
+      switch (below(3)) {
+        case 0:
+          bytes[at] = static_cast<char>(below(256));
+          break;
+        case 1:
+          bytes[at] = static_cast<char>(below(2) == 0 ? 0xFF : 0x7F);
+          break;
+        default:
+          bytes.insert(at, bytes.substr(below(bytes.size()), 2 * below(20)));
+      }
+    }
+    const auto drawing = ReadMetafile(bytes);
+    if (!drawing) continue;
+    ++drawn;
+    RenderImage(*drawing, fonts, 283, 200);
+    WriteEnhancedMetafile(*drawing, 13692, 9676);
+    if (round % 8 == 0) RenderSvg(*drawing, fonts, 283, 200, true);
+  }
+  EXPECT_GT(drawn, 0);
+}
+
+// Lengths and counts of the enhanced form, walked record by record.
+TEST_F(Charts, EnhancedMetafileIsWellFormed) {
+  const auto drawing = ReadMetafile(Recorded([&] { graphics.DrawFrame(true, "Título Ω", -3); }));
+  ASSERT_TRUE(drawing);
+  const std::string bytes = WriteEnhancedMetafile(*drawing, 13692, 9676);
+  EXPECT_EQ(LongAt(bytes, 0), 1U);
+  EXPECT_EQ(LongAt(bytes, 40), 0x464D4520U);
+  EXPECT_EQ(LongAt(bytes, 48), bytes.size());
+  EXPECT_EQ(LongAt(bytes, 32), 13692U);
+  std::size_t at = 0, records = 0;
+  std::uint32_t type = 0;
+  bool found = false;
+  while (at < bytes.size()) {
+    type = LongAt(bytes, at);
+    const std::size_t size = LongAt(bytes, at + 4);
+    ASSERT_GE(size, 8U);
+    ASSERT_EQ(size % 4, 0U);
+    if (type == 84) {
+      const std::size_t text = at + LongAt(bytes, at + 48), length = LongAt(bytes, at + 44);
+      ASSERT_LE(text + 2 * length, at + size);
+      found = found || (length == 8 && WordAt(bytes, text + 2) == u'í' && WordAt(bytes, text + 14) == u'Ω');
+    }
+    at += size;
+    ++records;
+  }
+  EXPECT_EQ(at, bytes.size());
+  EXPECT_EQ(LongAt(bytes, 52), records);
+  EXPECT_EQ(type, 14U);
+  EXPECT_TRUE(found);
+}
+
+}  // namespace
+}  // namespace tellurix
