@@ -7,16 +7,12 @@
 #include <cstdio>
 #include <filesystem>
 #include <functional>
-#include <map>
 #include <numbers>
 #include <string>
 #include <vector>
 
 #include "graphics/ImageExport.h"
-#include "graphics/ImageFile.h"
-#include "host/Form.h"
 #include "numeric/Rounding.h"
-#include "report/RtfPicture.h"
 #include "session/ReportGraphics.h"
 #include "session/SessionSettings.h"
 #include "shell/DocumentFiles.h"
@@ -100,8 +96,9 @@ class Gallery {
 
   // The page as it came into the report, in every format.
   void Save(const std::string& name) {
-    const auto picture = LastPicture();
-    if (!picture) return;
+    const auto pictures = PicturesOf(report_.text);
+    if (pictures.empty()) return;
+    const auto& picture = pictures.back();
     std::string problem;
     for (const char* extension : {"png", "jpg", "bmp", "gif", "wmf", "emf", "svg", "pdf"}) {
       const ExportSize size{.width = tellurix::Page::PageWidth, .height = g_.page.PageHeight};
@@ -112,18 +109,6 @@ class Gallery {
     }
     const ExportSize sharp{.width = 3 * tellurix::Page::PageWidth, .height = 3 * g_.page.PageHeight};
     good_ = ExportPicture(*picture, g_.fonts, folder_ / (name + "@3x.png"), sharp, problem) && good_;
-  }
-
-  std::shared_ptr<const PictureGroup> LastPicture() const {
-    std::shared_ptr<const PictureGroup> last;
-    for (const Block& block : report_.text.blocks) {
-      const auto* paragraph = std::get_if<Paragraph>(&block);
-      if (!paragraph) continue;
-      for (const Run& run : paragraph->runs) {
-        if (run.picture) last = run.picture;
-      }
-    }
-    return last;
   }
 
   void Limits(double xLow, double xHigh, double yLow, double yHigh) {

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "graphics/ImageExport.h"
 #include "report/RichText.h"
 #include "shell/CommandTable.h"
 #include "shell/DocumentFiles.h"
@@ -28,6 +29,7 @@ struct RunOptions {
   std::vector<std::string> reports;
   std::string results;
   std::string record;
+  std::string pictures;
   std::vector<std::string> settings;
 };
 
@@ -53,6 +55,23 @@ bool WriteReport(OpenDocuments& documents, const std::string& target, std::strin
   return true;
 }
 
+// Every chart of the reports, in their order, as picture-01.png and picture-01.svg and so on.
+bool WritePictures(OpenDocuments& documents, const fs::path& folder, std::string& problem) {
+  std::error_code error;
+  fs::create_directories(folder, error);
+  FontBook fonts;
+  int number = 0;
+  bool good = true;
+  for (const auto& picture : PicturesOf(AllReports(documents))) {
+    if (!DrawingOf(*picture)) continue;
+    const std::string name = fmt::format("picture-{:02}", ++number);
+    for (const char* extension : {".png", ".svg"}) {
+      good = good && ExportPicture(*picture, fonts, folder / (name + extension), SizeFor(*picture), problem);
+    }
+  }
+  return good;
+}
+
 int RunScripts(const RunOptions& options, const fs::path& program) {
   ScriptPlayer player(ScriptPaths(program));
   if (!options.record.empty()) player.Record();
@@ -75,6 +94,7 @@ int RunScripts(const RunOptions& options, const fs::path& program) {
   if (!options.results.empty()) {
     keepFirst(WriteWholeFile(options.results, ResultsAsJson(player.PlayedSession()), problem));
   }
+  if (!options.pictures.empty()) keepFirst(WritePictures(player.PlayedDocuments(), options.pictures, problem));
   if (!options.record.empty()) keepFirst(WriteWholeFile(options.record, player.Recording(), problem));
   return reason.empty() ? 0 : Fail(reason);
 }
@@ -144,6 +164,7 @@ int main(int argc, char** argv) {
       ->add_option("--report", run.reports, "write the report as .rtf, .html or .txt; - for text on standard output")
       ->allow_extra_args(false);
   runCommand->add_option("--results", run.results, "write every figure, unrounded, as JSON");
+  runCommand->add_option("--pictures", run.pictures, "write every chart into a folder, as .png and .svg");
   runCommand->add_option("--record", run.record, "write what was done as a script");
   runCommand->add_option("--set", run.settings, "a setting in force, Section.Key=value")->allow_extra_args(false);
 

@@ -167,6 +167,31 @@ std::optional<Drawing> DrawingOf(const PictureGroup& picture) {
   return ReadMetafile(picture.bytes);
 }
 
+std::vector<std::shared_ptr<const PictureGroup>> PicturesOf(const RichText& document) {
+  std::vector<std::shared_ptr<const PictureGroup>> pictures;
+  const auto take = [&](const Paragraph& paragraph) {
+    for (const Run& run : paragraph.runs) {
+      if (run.picture) pictures.push_back(run.picture);
+    }
+  };
+  for (const Block& block : document.blocks) {
+    if (const auto* paragraph = std::get_if<Paragraph>(&block)) take(*paragraph);
+    const auto* table = std::get_if<Table>(&block);
+    if (!table) continue;
+    for (const TableRow& row : table->rows) {
+      for (const TableCell& cell : row.cells) std::ranges::for_each(cell.paragraphs, take);
+    }
+  }
+  return pictures;
+}
+
+ExportSize SizeFor(const PictureGroup& picture) {
+  ExportSize size;
+  const auto [width, height] = PictureSize(picture);
+  size.height = std::clamp(ToInteger(size.width * static_cast<double>(height) / width), 1, LargestSide);
+  return size;
+}
+
 PictureToSvg MakePictureToSvg() {
   return [fonts = std::make_shared<FontBook>()](const PictureGroup& picture) -> std::string {
     const auto drawing = DrawingOf(picture);

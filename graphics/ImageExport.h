@@ -2,8 +2,10 @@
 #pragma once
 
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "graphics/Drawing.h"
 #include "graphics/FontBook.h"
@@ -15,6 +17,9 @@ namespace tellurix {
 // What a picture group draws; nothing for those that are no metafiles, or damaged ones.
 std::optional<Drawing> DrawingOf(const PictureGroup& picture);
 
+// The pictures of a document in their order, those in tables among them.
+std::vector<std::shared_ptr<const PictureGroup>> PicturesOf(const RichText& document);
+
 // Turns pictures into markup for the HTML writer; those that cannot be drawn into nothing.
 PictureToSvg MakePictureToSvg();
 
@@ -23,6 +28,9 @@ struct ExportSize {
   int height = 1600;
   int quality = 90;  // of a JPEG, 1 to 100
 };
+
+// The standard width with the height that keeps the picture's shape.
+ExportSize SizeFor(const PictureGroup& picture);
 
 // Draws the picture as a bitmap of a size, of 24 bits per pixel, and saves it as PNG, JPEG, BMP or GIF by the
 // extension. False with the reason in words.
