@@ -309,6 +309,7 @@ class Gallery {
       for (int i = 0; i < 60; ++i) {
         const int y = ToInteger(g_.page.PlotBottom + (i + 0.5) / 60 * g_.page.PlotHeight);
         const double mid = 3 * std::sin(i * 1.7);
+        g_.picture.SelectPen(g_.StyleOf(1));
         g_.picture.MoveTo(ToInteger(g_.page.MapX(mid - 1)), y);
         g_.picture.LineTo(ToInteger(g_.page.MapX(mid + 1)), y);
         g_.DrawMarker(ToInteger(g_.page.MapX(mid)), y, 7, 1);

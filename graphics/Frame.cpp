@@ -19,6 +19,7 @@ constexpr int PageEdge = 4;              // no text comes nearer to the edge of 
 constexpr int RotatedTitleOffset = 120;  // of the y axis' title, left of the frame
 constexpr double SmallestTitle = 0.6;    // scales of fonts below which text is cut instead
 constexpr double SmallestLabel = 0.7;
+constexpr double LineHeight = 1.2;  // of letters from top to bottom, in ems
 constexpr int Upward = 900;
 
 struct FrameParts {
@@ -242,9 +243,14 @@ void Graphics::DrawCategoryY(bool graphicOn) {
 
 void Graphics::DrawAxisTitleX(std::string_view text) {
   const int centre = page.PlotLeft + page.PlotWidth / 2;
-  const Fitted fitted = Fit(looks.LabelFont, 0, text, Page::PageWidth - 2 * PageEdge, SmallestLabel);
+  Fitted fitted = Fit(looks.LabelFont, 0, text, Page::PageWidth - 2 * PageEdge, SmallestLabel);
+  // Large letters: what the tick labels leave of the margin is all there is.
+  const int size = looks.LabelFont.Size;
+  const double room = page.PlotBottom - MajorTick - LineHeight * size;
+  fitted.scale = std::min(fitted.scale, std::max(SmallestTitle / 2, room / (LineHeight * size)));
+  const int y = std::max(page.PlotBottom - MajorTick - 2 * size, ToInteger(LineHeight * size * fitted.scale));
   picture.SelectFont(looks.LabelFont, 0, fitted.scale);
-  CentredText(centre, page.PlotBottom - MajorTick - 2 * looks.LabelFont.Size, fitted.text);
+  CentredText(centre, y, fitted.text);
   picture.SelectFont(looks.LabelFont);
 }
 
@@ -256,7 +262,8 @@ void Graphics::DrawAxisTitleY(std::string_view text, int lineCount) {
     picture.SetTextAlign(TextAlign::Right);
     // A title as wide as the margin keeps clear of the page's edge.
     const int x = std::max(page.PlotLeft, width + PageEdge);
-    picture.TextOut(x, page.PlotBottom + page.PlotHeight + 2 * looks.LabelFont.Size, line);
+    const int belowTitle = page.PlotHeight + 180 - ToInteger(LineHeight * looks.TitleFont.Size);
+    picture.TextOut(x, std::min(page.PlotBottom + page.PlotHeight + 2 * looks.LabelFont.Size, belowTitle), line);
     picture.SetTextAlign(TextAlign::Left);
     return;
   }

@@ -3,8 +3,11 @@
 #include <utf8proc.h>
 
 #include <algorithm>
+#include <cmath>
 #include <fstream>
 #include <limits>
+#include <numbers>
+#include <vector>
 
 #include "graphics/Metafile.h"
 #include "numeric/Rounding.h"
@@ -15,6 +18,7 @@ namespace tellurix {
 namespace {
 
 constexpr std::size_t HeaderSize = 18;
+constexpr int HatchSpacing = 8;
 constexpr std::size_t LongestText = 4096;  // bytes of a record; no page shows more
 
 // The measuring font is given in points, of which one is 1.4 page units high.
@@ -63,6 +67,19 @@ std::string EightBitText(std::string_view text) {
     at += used > 0 ? static_cast<std::size_t>(used) : 1;
   }
   return narrow;
+}
+
+// An ellipse as a polygon.
+std::vector<PagePoint> Outline(std::int32_t left, std::int32_t top, std::int32_t right, std::int32_t bottom) {
+  constexpr int corners = 90;
+  std::vector<PagePoint> points;
+  const double x = (left + right) / 2.0, y = (top + bottom) / 2.0;
+  for (int i = 0; i < corners; ++i) {
+    const double angle = 2 * std::numbers::pi * i / corners;
+    points.push_back({ToInteger(x + std::abs(right - left) / 2.0 * std::cos(angle)),
+                      ToInteger(y + std::abs(top - bottom) / 2.0 * std::sin(angle))});
+  }
+  return points;
 }
 
 }  // namespace
@@ -196,6 +213,7 @@ void Picture::SetTextAlign(TextAlign mode) {
 
 void Picture::Ellipse(std::int32_t left, std::int32_t top, std::int32_t right, std::int32_t bottom) {
   if (!open_) return;
+  if (hatch_) FillWithHatch(Outline(left, top, right, bottom));
   Begin(wmf::Ellipse, 4);
   Point(right, bottom);
   Point(left, top);
@@ -203,6 +221,7 @@ void Picture::Ellipse(std::int32_t left, std::int32_t top, std::int32_t right, s
 
 void Picture::Polygon(std::span<const PagePoint> points) {
   if (!open_ || points.empty()) return;
+  if (hatch_) FillWithHatch(points);
   points = points.first(std::min<std::size_t>(points.size(), std::numeric_limits<std::int16_t>::max()));
   Begin(wmf::Polygon, 1 + 2 * points.size());
   Word(static_cast<std::int32_t>(points.size()));
@@ -238,15 +257,15 @@ void Picture::SelectPenObject(std::int32_t style, std::int32_t width, std::int32
   Select(pen_);
 }
 
-void Picture::SelectBrushObject(std::int32_t style, std::int32_t hatch, std::int32_t colour) {
+void Picture::SelectBrushObject(std::int32_t style, std::int32_t colour) {
+  hatch_.reset();
   if (!open_) return;
-  const std::array key{style, colour, hatch};
-  auto [found, isNew] = brushes_.try_emplace(key, 0);
+  auto [found, isNew] = brushes_.try_emplace(std::array{style, colour}, 0);
   if (isNew) {
     Begin(wmf::CreateBrush, 4);
     Word(style);
     Colour(colour);
-    Word(hatch);
+    Word(0);
     found->second = NewObject();
   }
   if (found->second == brush_) return;
@@ -254,10 +273,31 @@ void Picture::SelectBrushObject(std::int32_t style, std::int32_t hatch, std::int
   Select(brush_);
 }
 
-void Picture::SetBrush() { SelectBrushObject(1, 0, 0); }
-void Picture::SetBrush(std::int32_t colour) { SelectBrushObject(0, 0, colour); }
+void Picture::SetBrush() {
+  constexpr std::int32_t null = 1;
+  SelectBrushObject(null, 0);
+}
+
+void Picture::SetBrush(std::int32_t colour) {
+  constexpr std::int32_t solid = 0;
+  SelectBrushObject(solid, colour);
+}
+
 void Picture::SetBrush(Hatch hatch, std::int32_t colour) {
-  SelectBrushObject(2, static_cast<std::int32_t>(hatch), colour);
+  SetBrush();
+  hatch_ = DrawBrush{DrawBrush::Kind::Hatched, hatch, static_cast<std::uint32_t>(looks_.AllBlack ? 0 : colour)};
+}
+
+// In a hairline of the hatch's colour, under the outline.
+void Picture::FillWithHatch(std::span<const PagePoint> polygon) {
+  const std::array outline = lastPen_;
+  const bool hadPen = pen_ >= 0;
+  SelectPenObject(0, 1, static_cast<std::int32_t>(hatch_->colour));
+  for (const auto& [from, to] : HatchLines(polygon, hatch_->hatch, HatchSpacing)) {
+    MoveTo(from.x, from.y);
+    LineTo(to.x, to.y);
+  }
+  if (hadPen) SelectPenObject(outline[0], outline[2], outline[1]);
 }
 
 void Picture::SelectFont(const FontSpec& font, std::int32_t escapement, double scale) {

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <map>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -15,17 +16,13 @@
 
 #include "graphics/Drawing.h"
 #include "graphics/FontBook.h"
+#include "graphics/HatchLines.h"
 #include "graphics/Page.h"
 
 namespace tellurix {
 
 // Modes of SetTextAlign; all at the top of the text.
 enum class TextAlign : std::uint16_t { Left = 0, Right = 2, Centre = 6 };
-
-struct PagePoint {
-  std::int32_t x = 0;
-  std::int32_t y = 0;
-};
 
 class Picture {
  public:
@@ -52,7 +49,7 @@ class Picture {
   void SelectFont(const FontSpec& font, std::int32_t escapement = 0, double scale = 1);
   void SetBrush();  // none
   void SetBrush(std::int32_t colour);
-  void SetBrush(Hatch hatch, std::int32_t colour = 0);
+  void SetBrush(Hatch hatch, std::int32_t colour = 0);  // drawn line by line
 
   // Width of text in page units, in the font selected last.
   double TextWidth(std::string_view text) const;
@@ -72,7 +69,8 @@ class Picture {
   void Record(std::uint16_t record, std::initializer_list<std::int32_t> words);
   void RecordText(std::uint16_t function, std::string_view text);
   void SelectPenObject(std::int32_t style, std::int32_t width, std::int32_t colour);
-  void SelectBrushObject(std::int32_t style, std::int32_t hatch, std::int32_t colour);
+  void SelectBrushObject(std::int32_t style, std::int32_t colour);
+  void FillWithHatch(std::span<const PagePoint> polygon);
   int NewObject();  // the slot that the object just created takes
   void Select(int object);
   void WriteHeader();
@@ -86,7 +84,8 @@ class Picture {
   std::size_t longestRecord_ = 0;  // words
   int objects_ = 0;
   std::map<std::array<std::int32_t, 3>, int> pens_;
-  std::map<std::array<std::int32_t, 3>, int> brushes_;
+  std::map<std::array<std::int32_t, 2>, int> brushes_;
+  std::optional<DrawBrush> hatch_;  // of the next closed shapes
   std::map<FontKey, int> fontObjects_;
   int pen_ = -1, brush_ = -1, font_ = -1;  // selected objects
   std::array<std::int32_t, 3> lastPen_{};  // the key of pen_

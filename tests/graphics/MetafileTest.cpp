@@ -75,7 +75,7 @@ TEST_F(Charts, WhatIsRecordedIsReadBack) {
     picture.MoveTo(10, 790);
     picture.LineTo(20, 790);
     picture.LineTo(20, 700);
-    picture.SetBrush(Hatch::Cross, 0xFF);
+    picture.SetBrush(0xFF);
     picture.Ellipse(100, 300, 140, 200);
     picture.SelectFont({.Name = "Times New Roman", .Size = 30, .Bold = 700, .Italic = true, .Colour = 5}, 900, 2);
     picture.SetTextAlign(TextAlign::Centre);
@@ -94,7 +94,7 @@ TEST_F(Charts, WhatIsRecordedIsReadBack) {
   EXPECT_EQ(drawing->pens[line.pen], (DrawPen{PenStyle::Dot, 3, 0x00FF00}));
   const DrawItem& ellipse = drawing->items[1];
   EXPECT_EQ(ellipse.kind, DrawItem::Kind::Ellipse);
-  EXPECT_EQ(drawing->brushes[ellipse.brush], (DrawBrush{DrawBrush::Kind::Hatched, Hatch::Cross, 0xFF}));
+  EXPECT_EQ(drawing->brushes[ellipse.brush], (DrawBrush{DrawBrush::Kind::Solid, Hatch::Horizontal, 0xFF}));
   const DrawItem& text = drawing->items[2];
   EXPECT_EQ(drawing->texts[text.text].text, words);
   EXPECT_EQ(drawing->texts[text.text].across, TextAcross::Centre);
@@ -116,6 +116,23 @@ TEST_F(Charts, PensAndFontsAreMadeOnce) {
   };
   // 14 bytes an ellipse, and nothing else.
   EXPECT_EQ(drawing(1001) - drawing(1), 14'000U);
+}
+
+TEST(HatchLines, StayInsideTheShape) {
+  // A bar of 20 by 100 from (10, 10): levels at the multiples of 8, none on the upper edge.
+  const std::vector<PagePoint> bar{{10, 110}, {30, 110}, {30, 10}, {10, 10}, {10, 110}};
+  const auto level = HatchLines(bar, Hatch::Horizontal, 8);
+  ASSERT_EQ(level.size(), 12U);
+  EXPECT_EQ(level[0].first.y, 16);
+  EXPECT_EQ(std::abs(level[0].first.x - level[0].second.x), 20);
+  for (const auto& [a, b] : HatchLines(bar, Hatch::DiagonalCross, 8)) {
+    for (const PagePoint& p : {a, b}) EXPECT_TRUE(p.x >= 10 && p.x <= 30 && p.y >= 10 && p.y <= 110);
+    EXPECT_EQ(std::abs(std::abs(a.x - b.x) - std::abs(a.y - b.y)) <= 1, true);
+  }
+  for (const auto& [a, b] : HatchLines(bar, Hatch::Forward, 8)) EXPECT_GE((a.x - b.x) * (a.y - b.y), 0) << "rising";
+  const std::vector<PagePoint> notched{{0, 0}, {0, 40}, {20, 10}, {40, 40}, {40, 0}};
+  EXPECT_EQ(HatchLines(notched, Hatch::Horizontal, 30).size(), 3U) << "one at 0, two at 30";
+  EXPECT_TRUE(HatchLines({}, Hatch::Cross, 8).empty());
 }
 
 TEST(PlaceableHeader, IsAsPublished) {
