@@ -13,6 +13,12 @@
 
 #include "numeric/Text.h"
 
+#ifdef __SANITIZE_ADDRESS__
+// What fontconfig itself keeps of its configuration files until the process ends.
+extern "C" const char* __lsan_default_suppressions();
+extern "C" const char* __lsan_default_suppressions() { return "leak:libfontconfig"; }
+#endif
+
 namespace tellurix {
 
 namespace {

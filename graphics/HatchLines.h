@@ -1,5 +1,5 @@
-// A hatch drawn line by line. Viewers of metafiles differ in what they make of hatched brushes (some fill solid, printers
-// draw them in their own dots), while lines look alike everywhere.
+// A hatch drawn line by line. Viewers of metafiles differ in what they make of hatched brushes (some fill solid,
+// printers draw them in their own dots), while lines look alike everywhere.
 #pragma once
 
 #include <span>

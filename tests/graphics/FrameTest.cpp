@@ -64,7 +64,8 @@ class Frames : public Charts {
       EXPECT_GE(box.left, 0) << text.text.substr(0, 60);
       EXPECT_LE(box.right, Page::PageWidth) << text.text.substr(0, 60);
       EXPECT_GE(box.top, 0) << text.text.substr(0, 60);
-      EXPECT_LE(font.escapement == 0 ? at.y + 1.15 * font.height : box.bottom, drawing.height) << text.text.substr(0, 60);
+      EXPECT_LE(font.escapement == 0 ? at.y + 1.15 * font.height : box.bottom, drawing.height)
+          << text.text.substr(0, 60);
       for (const Box& other : boxes) {
         EXPECT_FALSE(box.left < other.right && other.left < box.right && box.top < other.bottom &&
                      other.top < box.bottom)
