@@ -6,6 +6,7 @@
 #include <variant>
 
 #include "graphics/Metafile.h"
+#include "graphics/MetafileWords.h"
 #include "numeric/Text.h"
 #include "report/RtfCodePage.h"
 
@@ -18,29 +19,6 @@ using namespace wmf;
 constexpr int StandardCodePage = 1252;
 constexpr std::size_t MostObjects = 65'536;
 constexpr std::size_t DeepestSaves = 64;
-
-// Words of one record, from the front; what lies behind the end is zero.
-class Words {
- public:
-  explicit Words(std::string_view bytes) : bytes_(bytes) {}
-
-  std::size_t Count() const { return bytes_.size() / 2; }
-  std::uint16_t Unsigned(std::size_t i) const {
-    return i < Count() ? static_cast<std::uint16_t>(Byte(2 * i) | Byte(2 * i + 1) << 8) : 0;
-  }
-  std::int16_t Signed(std::size_t i) const { return static_cast<std::int16_t>(Unsigned(i)); }
-  std::uint32_t Colour(std::size_t i) const {
-    return (Unsigned(i) | static_cast<std::uint32_t>(Unsigned(i + 1)) << 16) & 0xFFFFFF;
-  }
-  std::string_view Text(std::size_t firstByte, std::size_t length) const {
-    return firstByte >= bytes_.size() ? std::string_view() : bytes_.substr(firstByte, length);
-  }
-
- private:
-  std::uint32_t Byte(std::size_t i) const { return static_cast<unsigned char>(bytes_[i]); }
-
-  std::string_view bytes_;
-};
 
 struct NoObject {};  // an empty slot, or an object that draws nothing
 struct OtherObject {};
@@ -479,45 +457,6 @@ class Reader {
 };
 
 }  // namespace
-
-std::string PlaceableHeader(std::int32_t width, std::int32_t height) {
-  const std::array<std::uint16_t, 10> words{static_cast<std::uint16_t>(PlaceableKey & 0xFFFF),
-                                            static_cast<std::uint16_t>(PlaceableKey >> 16),
-                                            0,  // handle
-                                            0,
-                                            0,
-                                            static_cast<std::uint16_t>(width),
-                                            static_cast<std::uint16_t>(height),
-                                            UnitsPerInch,
-                                            0,
-                                            0};
-  std::uint16_t checksum = 0;
-  std::string bytes;
-  const auto append = [&](std::uint16_t word) {
-    bytes.push_back(static_cast<char>(word & 0xFF));
-    bytes.push_back(static_cast<char>(word >> 8));
-  };
-  for (const std::uint16_t word : words) {
-    checksum = static_cast<std::uint16_t>(checksum ^ word);
-    append(word);
-  }
-  append(checksum);
-  return bytes;
-}
-
-std::optional<NaturalSize> PlaceableSizeOf(std::string_view bytes) {
-  const Words w(bytes.substr(0, PlaceableSize));
-  if (w.Count() < PlaceableSize / 2 ||
-      (w.Unsigned(0) | static_cast<std::uint32_t>(w.Unsigned(1)) << 16) != PlaceableKey)
-    return std::nullopt;
-  std::uint16_t checksum = 0;
-  for (std::size_t i = 0; i < 10; ++i) checksum = static_cast<std::uint16_t>(checksum ^ w.Unsigned(i));
-  if (checksum != w.Unsigned(10) || w.Unsigned(7) == 0) return std::nullopt;
-  const auto length = [&](std::size_t low, std::size_t high) {
-    return static_cast<int>(std::nearbyint(std::abs(w.Signed(high) - w.Signed(low)) * 2540.0 / w.Unsigned(7)));
-  };
-  return NaturalSize{length(3, 5), length(4, 6)};
-}
 
 std::optional<Drawing> ReadMetafile(std::string_view bytes) {
   std::optional<std::array<DrawPoint, 2>> box;
