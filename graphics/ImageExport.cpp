@@ -138,10 +138,10 @@ class ImageExportForm {
       return;
     }
     const auto choice = host_.ChooseFile({.title = "Save Graphic As",
-                                        .filter = Filters,
-                                        .pattern = fmt::format("*.{}", Chosen().extension),
-                                        .defaultExtension = Chosen().extension,
-                                        .save = true});
+                                          .filter = Filters,
+                                          .pattern = fmt::format("*.{}", Chosen().extension),
+                                          .defaultExtension = Chosen().extension,
+                                          .save = true});
     if (!choice || choice->path.empty()) return;
     std::filesystem::path file(choice->path);
     if (file.extension().empty()) file += std::string(".") + Chosen().extension;
