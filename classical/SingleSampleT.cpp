@@ -41,6 +41,27 @@ SingleSampleTResult ComputeSingleSampleT(const ColumnStats& sample, double popul
   return result;
 }
 
+void ReportSingleSampleT(Session& session, std::string_view name, const ColumnStats& sample, double populationMean,
+                         double confidence) {
+  WriteReport(session, "m_single.rtf", [&](TemplateMerge& merge, const Formatter& format) {
+    const SingleSampleTResult result = ComputeSingleSampleT(sample, populationMean, confidence);
+    merge.SetField("name", name);
+    merge.SetField("sam_mean", format.FormatStatistic(sample.mean));
+    merge.SetField("pop_mean", format.FormatStatistic(populationMean));
+    merge.SetField("size", format.FormatValue(sample.n, 0));
+    merge.SetField("sd", format.FormatStatistic(sample.sd));
+    merge.SetField("pc", format.FormatValue(confidence * 100, 2));
+    merge.SetField("for", populationMean == 0 ? "for the mean" : "for mean difference");
+    merge.SetField("from", format.FormatStatistic(result.from));
+    merge.SetField("to", format.FormatStatistic(result.to));
+    merge.SetField("df", format.FormatValue(sample.n - 1, 0));
+    merge.SetField("t", format.FormatStatistic(result.t));
+    merge.SetField("p_1", format.FormatP(result.oneSidedP));
+    merge.SetField("p_2", format.FormatP(result.twoSidedP));
+    merge.SetField("pwr", format.FormatPower(result.power, 1 - confidence));
+  });
+}
+
 }  // namespace
 
 void SingleSampleT(Session& session) {
@@ -51,34 +72,19 @@ void SingleSampleT(Session& session) {
   session.prompts.FillCombo(0, "Confidence (%)", 90, 99, 1, "0", 5);
   session.prompts.FillEntry(1, "Population mean", "0");
   if (!session.prompts.ShowOptions("", "Single sample t test")) return;
-  const double confidence = session.prompts.ComboReal(0) / 100;
-  const double populationMean = session.prompts.ComboReal(1);
+  ReportSingleSampleT(session, session.data.ColumnInfo.front().Title, sample, session.prompts.ComboReal(1),
+                      session.prompts.ComboReal(0) / 100);
+}
 
-  TemplateMerge merge = session.Merge();
-  if (!merge.OpenTemplate("m_single.rtf")) return;
-  const Calculation calculation(session);
-  Report* report = EnsureReport(session);
-  if (!report) return;
-
-  const SingleSampleTResult result = ComputeSingleSampleT(sample, populationMean, confidence);
-  const Formatter format = session.Format();
-  merge.SetField("name", session.data.ColumnInfo.front().Title);
-  merge.SetField("sam_mean", format.FormatStatistic(sample.mean));
-  merge.SetField("pop_mean", format.FormatStatistic(populationMean));
-  merge.SetField("size", format.FormatValue(sample.n, 0));
-  merge.SetField("sd", format.FormatStatistic(sample.sd));
-  merge.SetField("pc", format.FormatValue(confidence * 100, 2));
-  merge.SetField("for", populationMean == 0 ? "for the mean" : "for mean difference");
-  merge.SetField("from", format.FormatStatistic(result.from));
-  merge.SetField("to", format.FormatStatistic(result.to));
-  merge.SetField("df", format.FormatValue(sample.n - 1, 0));
-  merge.SetField("t", format.FormatStatistic(result.t));
-  merge.SetField("p_1", format.FormatP(result.oneSidedP));
-  merge.SetField("p_2", format.FormatP(result.twoSidedP));
-  merge.SetField("pwr", format.FormatPower(result.power, 1 - confidence));
-  merge.CloseTemplate();
-  report->helpContext = session.HelpContext;
-  merge.InsertMergedText(*report);
+void SingleSampleTFromSummary(Session& session) {
+  const auto confidence = session.prompts.SelectConfidence();
+  if (!confidence) return;
+  const auto figures = session.prompts.EnterFigures(
+      "Single sample t test", {"Sample size:", "Sample mean:", "Sample standard deviation:", "Population mean:"});
+  if (!figures) return;
+  const auto sample = StatsFromSummary((*figures)[0], (*figures)[1], (*figures)[2]);
+  if (!sample) return;
+  ReportSingleSampleT(session, "* from summary data", *sample, (*figures)[3], *confidence);
 }
 
 }  // namespace tellurix

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "numeric/Missing.h"
+#include "numeric/Rounding.h"
 
 namespace tellurix {
 
@@ -70,6 +71,17 @@ ColumnStats ComputeColumnStats(std::span<const double> values) {
   const double mean = moments.mean / scale;
   if (n == 1) return {1, mean, 0, MissingValue};
   return {n, mean, moments.sumOfSquares / scale / scale, std::sqrt(moments.sumOfSquares / (n - 1)) / scale};
+}
+
+double VarianceOf(const ColumnStats& stats) {
+  if (stats.n < 2 || !std::isfinite(stats.sumOfSquares)) return MissingValue;
+  return stats.sumOfSquares / (stats.n - 1);
+}
+
+std::optional<ColumnStats> StatsFromSummary(double size, double mean, double sd) {
+  const std::int32_t n = ToInteger(size);
+  if (n < 2 || !(sd > 0)) return std::nullopt;
+  return ColumnStats{n, mean, sd * sd * (n - 1), sd};
 }
 
 }  // namespace tellurix

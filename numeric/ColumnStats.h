@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <span>
 
 namespace tellurix {
@@ -18,5 +19,12 @@ struct ColumnStats {
 // Statistician 37:242-247). Values so large or small that sums or squares leave the range of doubles are scaled
 // on the way; then only a sumOfSquares that is itself too large becomes infinite.
 ColumnStats ComputeColumnStats(std::span<const double> values);
+
+// sumOfSquares/(n - 1); MissingValue with fewer than two and beyond the range of doubles.
+double VarianceOf(const ColumnStats& stats);
+
+// The same as of a column from figures that were typed in: a size, rounded to an integer, of at least 2, and a standard
+// deviation above 0. Nothing otherwise.
+std::optional<ColumnStats> StatsFromSummary(double size, double mean, double sd);
 
 }  // namespace tellurix

@@ -59,6 +59,21 @@ std::string Prompts::InputValue(std::string_view prompt, std::string_view title,
   return host_.RunForm(form) ? form.ValueOf("Text") : std::string(CancelledInput);
 }
 
+std::optional<std::vector<double>> Prompts::EnterFigures(std::string_view title,
+                                                         const std::vector<std::string>& labels) {
+  Form form("FigForm", std::string(title));
+  form.helpContext = helpContext_;
+  for (std::size_t i = 0; i < labels.size(); ++i) form.AddText(fmt::format("Figure{}", i), labels[i], "");
+  AddButtons(form, "OK", "&OK");
+  const NormalPointerHere pointer(host_);
+  if (!host_.RunForm(form)) return std::nullopt;
+  std::vector<double> figures;
+  for (std::size_t i = 0; i < labels.size(); ++i) {
+    figures.push_back(ParseReal(form.ValueOf(fmt::format("Figure{}", i)), options_.regional));
+  }
+  return figures;
+}
+
 void Prompts::FillCombo(int combo, std::string_view label, double from, double to, double step, std::string_view format,
                         int index) {
   std::vector<std::string> items;
@@ -86,7 +101,7 @@ void Prompts::PresetOption(int item, bool on) {
   if (on) presets_.push_back(item);
 }
 
-bool Prompts::ShowOptions(std::string_view items, std::string_view title) {
+bool Prompts::ShowOptions(std::string_view items, std::string_view title, std::string_view radios) {
   Form form("OptForm", std::string(title));
   form.helpContext = helpContext_;
   for (int i = 0; i < 2; ++i) {
@@ -102,7 +117,7 @@ bool Prompts::ShowOptions(std::string_view items, std::string_view title) {
   for (std::size_t i = 0; i < parts.size(); ++i) {
     const bool on = std::ranges::find(presets_, static_cast<int>(i)) != presets_.end();
     if (parts[i].starts_with('^')) {
-      form.AddRadio(OptionId(i), parts[i].substr(1), "Options", on);
+      form.AddRadio(OptionId(i), parts[i].substr(1), std::string(radios), on);
       radioSet = radioSet || on;
       if (firstRadio < 0) firstRadio = static_cast<int>(i);
     } else {

@@ -35,6 +35,9 @@ class Prompts {
   // The text typed, or CancelledInput.
   std::string InputValue(std::string_view prompt, std::string_view title, std::string_view defaultText);
 
+  // One number for each label, typed into a form of its own; 0 for what is not numeric. Nothing when cancelled.
+  std::optional<std::vector<double>> EnterFigures(std::string_view title, const std::vector<std::string>& labels);
+
   // --- the options dialog: combos first (two at most), then ShowOptions, then the values are read ---
 
   // Combo number `combo` (0 or 1) with the numbers from `from` to `to`; `format` is "0" or "0.0" and so on; `index` is
@@ -47,7 +50,8 @@ class Prompts {
 
   // `items`: controls separated by "|", numbered from 0 in one sequence; "^" starts a radio, the others are check
   // boxes. False when cancelled. The values stay readable until the next ShowOptions.
-  bool ShowOptions(std::string_view items, std::string_view title);
+  // `radios` names the frame of the radios.
+  bool ShowOptions(std::string_view items, std::string_view title, std::string_view radios = "Options");
   void PresetOption(int item, bool on);  // before ShowOptions
 
   std::string ComboText(int combo) const;

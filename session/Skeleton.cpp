@@ -47,6 +47,19 @@ Report* EnsureReport(Session& session, bool wantsNew) {
   return &documents.ReportAt(picked);
 }
 
+bool WriteReport(Session& session, std::string_view templateName,
+                 const std::function<void(TemplateMerge& merge, const Formatter& format)>& feed) {
+  TemplateMerge merge = session.Merge();
+  if (!merge.OpenTemplate(templateName)) return false;
+  const Calculation calculation(session);
+  Report* report = EnsureReport(session);
+  if (!report) return false;
+  feed(merge, session.Format());
+  merge.CloseTemplate();
+  report->helpContext = session.HelpContext;
+  return merge.InsertMergedText(*report);
+}
+
 void AfterDataCommand(Session& session) { NormalPointer(session); }
 
 bool ShowProgress(Session& session, std::string_view label, double share) {

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string_view>
 
 #include "report/Report.h"
@@ -42,6 +43,11 @@ bool CheckRegionalSettings(Session& session, std::string_view consequence);
 // After a check of the regional settings: the report that gets the result: the only open one, the one picked when there
 // are several, or a new one. Null when cancelled.
 Report* EnsureReport(Session& session, bool wantsNew = false);
+
+// The steps of an analysis from its template on: opens the template, finds the report, lets `feed` fill the fields in
+// their order, and inserts the merged text. False when the user cancelled, or was told what is wrong.
+bool WriteReport(Session& session, std::string_view templateName,
+                 const std::function<void(TemplateMerge& merge, const Formatter& format)>& feed);
 
 // Closes a command of the Data menu.
 void AfterDataCommand(Session& session);

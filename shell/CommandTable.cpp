@@ -2,7 +2,10 @@
 
 #include <algorithm>
 
+#include "classical/PairedT.h"
 #include "classical/SingleSampleT.h"
+#include "classical/UnpairedT.h"
+#include "classical/VarianceRatioTest.h"
 #include "host/Form.h"
 #include "numeric/Text.h"
 #include "shell/FileCommands.h"
@@ -217,12 +220,12 @@ constexpr Row Rows[] = {
     {"&Analysis/&Descriptive/&Univariate Summary", "M_Univariate(0)", 2400, Sheet},
     {"&Analysis/&Descriptive/&Weighted Univariate Summary", "M_Univariate(1)", 2401, Sheet},
     {"&Analysis/&Descriptive/&Quick Univariate Summary", "M_Univariate(2)", 2402, Sheet},
-    {"&Analysis/&Parametric/&Paired t", "M_t_Paired", 2450, Sheet},
+    {"&Analysis/&Parametric/&Paired t", "M_t_Paired", 2450, Sheet, PairedT},
     {"&Analysis/&Parametric/&Single Sample t", "M_t_Single", 2451, Sheet, SingleSampleT},
-    {"&Analysis/&Parametric/&Unpaired t", "M_t_Unpaired", 2452, Sheet},
-    {"&Analysis/&Parametric/Summary &Data t/&Single Sample", "M_Summ_SS", 2453, Screen},
-    {"&Analysis/&Parametric/Summary &Data t/&Unpaired", "M_Summ_up", 2454, Screen},
-    {"&Analysis/&Parametric/&F (Variance Ratio)", "M_Parametric(0)", 2455, Sheet},
+    {"&Analysis/&Parametric/&Unpaired t", "M_t_Unpaired", 2452, Sheet, UnpairedT},
+    {"&Analysis/&Parametric/Summary &Data t/&Single Sample", "M_Summ_SS", 2453, Screen, SingleSampleTFromSummary},
+    {"&Analysis/&Parametric/Summary &Data t/&Unpaired", "M_Summ_up", 2454, Screen, UnpairedTFromSummary},
+    {"&Analysis/&Parametric/&F (Variance Ratio)", "M_Parametric(0)", 2455, Sheet, VarianceRatioTest},
     {"&Analysis/&Parametric/Single Sample &z", "M_Parametric(1)", 2456, Sheet},
     {"&Analysis/&Parametric/U&npaired z", "M_Parametric(2)", 2457, Sheet},
     {"&Analysis/&Parametric/&Reference Range", "M_Parametric(3)", 2458, Sheet},

@@ -93,7 +93,7 @@ TEST_F(ScriptPlay, StopsWithFileLineAndWhatWasAsked) {
   EXPECT_EQ(Failure("select A1\n"), "play.tlx:1: nothing asks for this: select A1");
   EXPECT_EQ(Failure("jump\n"), "play.tlx:1: no such step: jump");
   EXPECT_EQ(Failure("run \"Analysis/None\"\n"), "play.tlx:1: there is no command \"Analysis/None\"");
-  EXPECT_EQ(Failure("run M_t_Paired\n"), "play.tlx:1: \"Analysis/Parametric/Paired t\" has no command yet");
+  EXPECT_EQ(Failure("run M_Print\n"), "play.tlx:1: \"File/Print\" has no command yet");
   EXPECT_EQ(Failure("run M_t_Single\nselect A1:A3\n"), "play.tlx:2: no workbook is open");
   EXPECT_EQ(Failure(Begin + "select \"Third\"\n"),
             "play.tlx:3: \"Third\" is neither a range nor the title of a column");
