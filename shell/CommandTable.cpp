@@ -2,7 +2,11 @@
 
 #include <algorithm>
 
+#include "classical/NormalTests.h"
 #include "classical/PairedT.h"
+#include "classical/PoissonInterval.h"
+#include "classical/ReferenceRange.h"
+#include "classical/ShapiroWilkTest.h"
 #include "classical/SingleSampleT.h"
 #include "classical/UnpairedT.h"
 #include "classical/VarianceRatioTest.h"
@@ -226,11 +230,11 @@ constexpr Row Rows[] = {
     {"&Analysis/&Parametric/Summary &Data t/&Single Sample", "M_Summ_SS", 2453, Screen, SingleSampleTFromSummary},
     {"&Analysis/&Parametric/Summary &Data t/&Unpaired", "M_Summ_up", 2454, Screen, UnpairedTFromSummary},
     {"&Analysis/&Parametric/&F (Variance Ratio)", "M_Parametric(0)", 2455, Sheet, VarianceRatioTest},
-    {"&Analysis/&Parametric/Single Sample &z", "M_Parametric(1)", 2456, Sheet},
-    {"&Analysis/&Parametric/U&npaired z", "M_Parametric(2)", 2457, Sheet},
-    {"&Analysis/&Parametric/&Reference Range", "M_Parametric(3)", 2458, Sheet},
-    {"&Analysis/&Parametric/Poisson &Confidence Interval", "M_Parametric(4)", 2459, Sheet},
-    {"&Analysis/&Parametric/Shapiro-&Wilk", "M_Parametric(5)", 2460, Sheet},
+    {"&Analysis/&Parametric/Single Sample &z", "M_Parametric(1)", 2456, Sheet, SingleSampleZ},
+    {"&Analysis/&Parametric/U&npaired z", "M_Parametric(2)", 2457, Sheet, UnpairedZ},
+    {"&Analysis/&Parametric/&Reference Range", "M_Parametric(3)", 2458, Sheet, ReferenceRange},
+    {"&Analysis/&Parametric/Poisson &Confidence Interval", "M_Parametric(4)", 2459, Sheet, PoissonInterval},
+    {"&Analysis/&Parametric/Shapiro-&Wilk", "M_Parametric(5)", 2460, Sheet, ShapiroWilkTest},
     {"&Analysis/&Non-parametric/&Mann-Whitney", "M_nonparametric(0)", 2500, Sheet},
     {"&Analysis/&Non-parametric/&Wilcoxon Signed Ranks", "M_nonparametric(1)", 2501, Sheet},
     {"&Analysis/&Non-parametric/&Kendall Rank Correlation", "M_nonparametric(2)", 2502, Sheet},
