@@ -31,9 +31,13 @@ struct ColumnResult {
   std::vector<double> values;
 };
 
+// What reached a report or a dialog without a template. Its fields, where it has any, are found like those of a
+// template with the text's name.
 struct TextResult {
   std::string text;
   std::vector<double> numbers;
+  std::string name;
+  std::vector<FieldResult> fields;
 };
 
 struct PictureSeries {

@@ -33,27 +33,31 @@ void CountDigits(std::span<const std::uint64_t> keys, Counts& counts) {
   }
 }
 
+std::uint64_t KeyOf(const Item& item) { return item.key; }
+std::uint64_t KeyOf(std::uint64_t key) { return key; }
+
 // Distributes the items by one digit, in their order.
-void Distribute(const std::vector<Item>& from, int digit, std::array<std::uint32_t, Buckets>& counts,
-                std::vector<Item>& to) {
+template <typename Record>
+void Distribute(const std::vector<Record>& from, int digit, std::array<std::uint32_t, Buckets>& counts,
+                std::vector<Record>& to) {
   std::uint32_t start = 0;
   for (auto& count : counts) start += std::exchange(count, start);
-  for (const Item& item : from) to[counts[DigitOf(item.key, digit)]++] = item;
+  for (const Record& item : from) to[counts[DigitOf(KeyOf(item), digit)]++] = item;
 }
 
-std::vector<Item> RadixSorted(std::span<const std::uint64_t> keys) {
+// Sorts the items, whose keys these are.
+template <typename Record>
+void RadixSort(std::vector<Record>& items, std::span<const std::uint64_t> keys) {
   std::vector<Counts> counts(1);  // on the heap: 96 kilobytes
   CountDigits(keys, counts[0]);
-  std::vector<Item> items(keys.size());
-  for (std::size_t i = 0; i < keys.size(); ++i) items[i] = {keys[i], static_cast<std::uint32_t>(i)};
-  std::vector<Item> other(keys.size());
+  const std::uint64_t firstKey = keys[0];
+  std::vector<Record> other(items.size());
   for (int digit = 0; digit < Digits; ++digit) {
-    const bool allAlike = counts[0][digit][DigitOf(keys[0], digit)] == keys.size();
+    const bool allAlike = counts[0][digit][DigitOf(firstKey, digit)] == items.size();
     if (allAlike) continue;
     Distribute(items, digit, counts[0][digit], other);
     items.swap(other);
   }
-  return items;
 }
 
 }  // namespace
@@ -65,7 +69,9 @@ std::vector<std::uint32_t> StableOrder(std::span<const std::uint64_t> keys) {
     std::stable_sort(order.begin(), order.end(), [&](std::uint32_t a, std::uint32_t b) { return keys[a] < keys[b]; });
     return order;
   }
-  const auto items = RadixSorted(keys);
+  std::vector<Item> items(keys.size());
+  for (std::size_t i = 0; i < keys.size(); ++i) items[i] = {keys[i], static_cast<std::uint32_t>(i)};
+  RadixSort(items, keys);
   std::transform(items.begin(), items.end(), order.begin(), [](const Item& item) { return item.position; });
   return order;
 }
@@ -74,6 +80,14 @@ std::vector<std::uint32_t> StableOrder(std::span<const f64> values) {
   std::vector<std::uint64_t> keys(values.size());
   std::transform(values.begin(), values.end(), keys.begin(), SortKey);
   return StableOrder(keys);
+}
+
+void SortKeys(std::vector<std::uint64_t>& keys) {
+  if (keys.size() < FewKeys) {
+    std::ranges::sort(keys);
+  } else {
+    RadixSort(keys, keys);
+  }
 }
 
 }  // namespace tellurix::kernel

@@ -3,27 +3,13 @@
 #include <algorithm>
 #include <cmath>
 
+#include "numeric/CompensatedSum.h"
 #include "numeric/Missing.h"
 #include "numeric/Rounding.h"
 
 namespace tellurix {
 
 namespace {
-
-// Neumaier's sum.
-class CompensatedSum {
- public:
-  void Add(double x) {
-    const double sum = sum_ + x;
-    rest_ += std::fabs(sum_) >= std::fabs(x) ? (sum_ - sum) + x : (x - sum) + sum_;
-    sum_ = sum;
-  }
-  double Value() const { return sum_ + rest_; }
-
- private:
-  double sum_ = 0;
-  double rest_ = 0;
-};
 
 struct Moments {
   double mean;

@@ -63,7 +63,7 @@ std::string FixedText(double x, int places) { return WithoutNegativeZero(fmt::fo
 std::string PlainText(double x, int places) {
   const double magnitude = std::fabs(x);
   if (!(magnitude < PlainLimit)) return GeneralText(x);
-  std::string text = FixedText(x, std::clamp(places, 0, SignificantDigits - IntegerDigits(magnitude)));
+  std::string text = FixedText(x, std::clamp(places, 0, std::max(0, SignificantDigits - IntegerDigits(magnitude))));
   StripTrailingZeros(text);
   return text;
 }

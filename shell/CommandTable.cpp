@@ -2,12 +2,15 @@
 
 #include <algorithm>
 
+#include "classical/Frequencies.h"
 #include "classical/NormalTests.h"
 #include "classical/PairedT.h"
 #include "classical/PoissonInterval.h"
+#include "classical/QuickSummary.h"
 #include "classical/ReferenceRange.h"
 #include "classical/ShapiroWilkTest.h"
 #include "classical/SingleSampleT.h"
+#include "classical/UnivariateSummary.h"
 #include "classical/UnpairedT.h"
 #include "classical/VarianceRatioTest.h"
 #include "host/Form.h"
@@ -221,9 +224,9 @@ constexpr Row Rows[] = {
     {"&Analysis/Clinical Ep&idemiology/&Kappa && Maxwell/&Worksheet Data", "M_Misc_Kappa_Worksheet", 2355, Sheet},
     {"&Analysis/Clinical Ep&idemiology/&Kappa && Maxwell/&Screen Data", "M_Misc_Kappa_Screen", 2356, Screen},
     {"&Analysis/Clinical Ep&idemiology/&Screening Test Errors", "M_Misc(5)", 2357, Screen},
-    {"&Analysis/&Descriptive/&Univariate Summary", "M_Univariate(0)", 2400, Sheet},
-    {"&Analysis/&Descriptive/&Weighted Univariate Summary", "M_Univariate(1)", 2401, Sheet},
-    {"&Analysis/&Descriptive/&Quick Univariate Summary", "M_Univariate(2)", 2402, Sheet},
+    {"&Analysis/&Descriptive/&Univariate Summary", "M_Univariate(0)", 2400, Sheet, UnivariateSummary},
+    {"&Analysis/&Descriptive/&Weighted Univariate Summary", "M_Univariate(1)", 2401, Sheet, WeightedUnivariateSummary},
+    {"&Analysis/&Descriptive/&Quick Univariate Summary", "M_Univariate(2)", 2402, Sheet, QuickSummary},
     {"&Analysis/&Parametric/&Paired t", "M_t_Paired", 2450, Sheet, PairedT},
     {"&Analysis/&Parametric/&Single Sample t", "M_t_Single", 2451, Sheet, SingleSampleT},
     {"&Analysis/&Parametric/&Unpaired t", "M_t_Unpaired", 2452, Sheet, UnpairedT},
@@ -296,7 +299,7 @@ constexpr Row Rows[] = {
     {"&Analysis/Meta-Anal&ysis/Calculation O&ptions...", "M_Meta_Options", 2759, Everywhere},
     {"&Analysis/Meta-Anal&ysis/P&lot Options...", "M_Meta_Plot_Options", 2760, Everywhere},
     {"&Analysis/&Crosstabs", "M_Crosstabs", 2800, Sheet},
-    {"&Analysis/&Frequencies", "M_Frequencies", 2801, Sheet},
+    {"&Analysis/&Frequencies", "M_Frequencies", 2801, Sheet, Frequencies},
     {"&Analysis/&Options", "M_Analysis_Options", 2802, Everywhere, AnalysisOptions},
     {"&Graphics/&Chart Maker", "M_Chart_Designer", 4000, Sheet},
     {"&Graphics/&Box && Whisker", "M_Graphics(0)", 4001, Sheet},

@@ -38,6 +38,15 @@ const char* StatusText(RunStatus status) {
   }
 }
 
+Json FieldsJson(const std::vector<FieldResult>& fields) {
+  Json array = Json::array();
+  for (const FieldResult& field : fields) {
+    array.push_back(
+        {{"name", field.name}, {"mark", field.mark}, {"text", field.text}, {"value", FieldValue(field.numbers)}});
+  }
+  return array;
+}
+
 Json RunJson(const RunResult& run) {
   Json json{{"entry", run.entry}, {"path", run.path}, {"status", StatusText(run.status)}};
   const auto list = [&json](const char* key, const auto& items, auto make) {
@@ -48,15 +57,13 @@ Json RunJson(const RunResult& run) {
     return Json{{"title", s.title}, {"range", s.range}, {"n", s.count}};
   });
   list("templates", run.templates, [](const TemplateResult& merged) {
-    Json fields = Json::array();
-    for (const FieldResult& field : merged.fields) {
-      fields.push_back(
-          {{"name", field.name}, {"mark", field.mark}, {"text", field.text}, {"value", FieldValue(field.numbers)}});
-    }
-    return Json{{"file", merged.file}, {"fields", std::move(fields)}};
+    return Json{{"file", merged.file}, {"fields", FieldsJson(merged.fields)}};
   });
   list("texts", run.texts, [](const TextResult& text) {
-    return Json{{"text", text.text}, {"value", FieldValue(text.numbers)}};
+    Json one{{"text", text.text}, {"value", FieldValue(text.numbers)}};
+    if (!text.name.empty()) one["name"] = text.name;
+    if (!text.fields.empty()) one["fields"] = FieldsJson(text.fields);
+    return one;
   });
   list("columns", run.columns, [](const ColumnResult& column) {
     return Json{{"sheet", column.sheet}, {"title", column.title}, {"values", Numbers(column.values)}};

@@ -113,12 +113,18 @@ FieldName ReadFieldName(std::string_view word) {
 
 const FieldResult* FindField(const RunResult& run, const FieldName& wanted) {
   int filling = 0;
-  for (const TemplateResult& merged : run.templates) {
-    const std::string stem = merged.file.substr(0, merged.file.rfind('.'));
-    if (!wanted.file.empty() && !EqualNoCase(stem, wanted.file)) continue;
-    for (const FieldResult& field : merged.fields) {
+  const auto findIn = [&](std::string_view source, const std::vector<FieldResult>& fields) -> const FieldResult* {
+    if (!wanted.file.empty() && !EqualNoCase(source, wanted.file)) return nullptr;
+    for (const FieldResult& field : fields) {
       if (EqualNoCase(field.name, wanted.name) && ++filling == wanted.filling) return &field;
     }
+    return nullptr;
+  };
+  for (const TemplateResult& merged : run.templates) {
+    if (const auto* field = findIn(merged.file.substr(0, merged.file.rfind('.')), merged.fields)) return field;
+  }
+  for (const TextResult& text : run.texts) {
+    if (const auto* field = findIn(text.name, text.fields)) return field;
   }
   return nullptr;
 }

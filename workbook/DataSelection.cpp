@@ -515,26 +515,29 @@ bool DataSelection::SelectGroups(int equalSize, int minGroups, int maxGroups, st
   return true;
 }
 
+bool DataSelection::SelectCompanions(std::string_view prompt) {
+  auto data = std::move(DataMatrix);
+  auto infos = std::move(ColumnInfo);
+  const int columns = static_cast<int>(infos.size());
+  const auto logged = LoggedSoFar();
+  for (;;) {
+    StartAgain(logged);
+    if (!SelectWorksheetData(ModeNumericRows, columns, columns, prompt)) return false;
+    const auto differs =
+        std::ranges::mismatch(ColumnInfo, infos, {}, &ColumnDescriptor::Count, &ColumnDescriptor::Count);
+    if (differs.in1 == ColumnInfo.end()) break;
+    Warn(fmt::format("Error: all columns selected must be {} rows long.", differs.in2->Count), SelectionTitle);
+  }
+  TakeAsCompanion(DataMatrix, ColumnInfo);
+  Restore(std::move(data), std::move(infos));
+  return true;
+}
+
 bool DataSelection::SelectWeightedGroups(int minGroups, int maxGroups, std::string_view name) {
   const std::string dataPrompt = For("Select DATA", name);
   const std::string weightPrompt = For("Select WEIGHTS", name);
   if (!options_.UseGroupID) {
-    if (!SelectGroups(0, minGroups, maxGroups, name)) return false;
-    auto data = std::move(DataMatrix);
-    auto infos = std::move(ColumnInfo);
-    const int columns = static_cast<int>(infos.size());
-    const auto logged = LoggedSoFar();
-    for (;;) {
-      StartAgain(logged);
-      if (!SelectWorksheetData(ModeNumericRows, columns, columns, weightPrompt)) return false;
-      const auto differs =
-          std::ranges::mismatch(ColumnInfo, infos, {}, &ColumnDescriptor::Count, &ColumnDescriptor::Count);
-      if (differs.in1 == ColumnInfo.end()) break;
-      Warn(fmt::format("Error: all columns selected must be {} rows long.", differs.in2->Count), SelectionTitle);
-    }
-    TakeAsCompanion(DataMatrix, ColumnInfo);
-    Restore(std::move(data), std::move(infos));
-    return true;
+    return SelectGroups(0, minGroups, maxGroups, name) && SelectCompanions(weightPrompt);
   }
   Identifier identifier;
   if (!SelectIdentifier(minGroups, maxGroups, 0, For("Select GROUP IDENTIFIERS", name), identifier)) return false;

@@ -73,6 +73,9 @@ class DataSelection {
   // The same for columns of equal length: `requiredRows`, or any length when 0, after offering to pad.
   bool SelectEqualData(int requiredRows, SelectionMode mode, int minColumns, int maxColumns, std::string_view prompt);
 
+  // For the columns just selected asks for as many others of the same lengths, into CompanionMatrix.
+  bool SelectCompanions(std::string_view prompt);
+
   // Lines the columns up by worksheet row, opened and missing places as MissingValue, all as long as the longest.
   void PadJaggedColumns();
 

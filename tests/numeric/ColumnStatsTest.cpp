@@ -2,63 +2,20 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <boost/multiprecision/cpp_bin_float.hpp>
 #include <cmath>
-#include <fstream>
 #include <limits>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include "numeric/Missing.h"
+#include "tests/numeric/ReferenceSets.h"
 
 namespace tellurix {
 namespace {
 
-struct ReferenceSet {
-  double mean = 0;
-  double sd = 0;
-  std::vector<double> data;
-};
-
-// The certified values stand after the colon of lines 41 and 42, the data from line 61 on.
-ReferenceSet ReadReferenceSet(const std::string& name) {
-  std::ifstream in(std::string(TELLURIX_SOURCE_DIR) + "/tests/data/strd/" + name + ".dat");
-  EXPECT_TRUE(in) << name;
-  ReferenceSet set;
-  std::string line;
-  for (int number = 1; std::getline(in, line); ++number) {
-    if (number == 41) set.mean = std::stod(line.substr(line.find(':') + 1));
-    if (number == 42) set.sd = std::stod(line.substr(line.find(':') + 1));
-    if (number <= 60) continue;
-    std::istringstream fields(line);
-    for (double x = 0; fields >> x;) set.data.push_back(x);
-  }
-  return set;
-}
-
-double LogRelativeError(double got, double certified) {
-  const double error = std::fabs(got - certified) / std::fabs(certified);
-  return error == 0 ? 15 : std::min(-std::log10(error), 15.0);
-}
-
 TEST(ColumnStats, StatisticalReferenceDatasets) {
-  // Reading decimals into doubles bounds what can be had of some standard deviations.
-  struct Case {
-    std::string name;
-    std::size_t n;
-    double sdDigits;
-  };
-  for (const auto& [name, n, sdDigits] : std::vector<Case>{{"Lew", 200, 14.5},
-                                                           {"Lottery", 218, 14.5},
-                                                           {"Mavro", 50, 13},
-                                                           {"Michelso", 100, 13.5},
-                                                           {"NumAcc1", 3, 15},
-                                                           {"NumAcc2", 1001, 14},
-                                                           {"NumAcc3", 1001, 9.4},
-                                                           {"NumAcc4", 1001, 8.2},
-                                                           {"PiDigits", 5000, 14.5}}) {
+  for (const auto& [name, n, sdDigits] : UnivariateSets()) {
     SCOPED_TRACE(name);
     const ReferenceSet set = ReadReferenceSet(name);
     ASSERT_EQ(set.data.size(), n);

@@ -24,6 +24,7 @@ TEST(Rounding, PlainTextShowsNoNoiseBehindFifteenDigits) {
   EXPECT_EQ(PlainText(-0.0000001, 6), "0");
   EXPECT_EQ(PlainText(100, 6), "100");
   EXPECT_EQ(PlainText(1.5e20, 6), "1.5E+20");
+  EXPECT_EQ(PlainText(999999999999999.9, 6), "1000000000000000");  // sixteen digits before the point
   EXPECT_EQ(GeneralText(0.1 + 0.2), "0.3");
   EXPECT_EQ(GeneralText(1234567.25), "1234567.25");
   EXPECT_EQ(GeneralText(1e-10), "1E-10");
