@@ -55,14 +55,12 @@ QString FilterOf(const QString& caption, const std::string& patterns) {
   return QString("%1 (%2)").arg(caption, Q(ReplaceAll(patterns, ";", " ")));
 }
 
-// "Caption|*.a;*.b|Caption|*.c" as the file dialog takes it.
+// "Caption|*.a;*.b|Caption|*.c" as the file dialog takes it, which shows the captions and keeps the patterns to itself.
 QStringList FiltersOf(const std::string& filter) {
   const auto parts = Split(filter, '|');
   QStringList filters;
   for (std::size_t i = 0; i + 1 < parts.size(); i += 2) {
-    QString caption = Q(parts[i]);
-    if (const auto bracket = caption.lastIndexOf('('); bracket >= 0) caption = caption.left(bracket).trimmed();
-    filters << FilterOf(caption, parts[i + 1]);
+    filters << FilterOf(Q(parts[i]), parts[i + 1]);
   }
   return filters;
 }
@@ -94,6 +92,10 @@ DesktopHost::DesktopHost(QWidget& owner, SelectionBar& bar, std::function<void(b
 
 DesktopHost::~DesktopHost() { SetBusy(false); }
 
+void DesktopHost::HideProgress() {
+  if (progress_) progress_->hide();
+}
+
 QWidget* DesktopHost::Front() const {
   QWidget* active = QApplication::activeModalWidget();
   if (active) return active;
@@ -101,6 +103,7 @@ QWidget* DesktopHost::Front() const {
 }
 
 Reply DesktopHost::ShowMessage(const Message& message) {
+  HideProgress();
   QMessageBox box(Front());
   box.setWindowTitle(message.title.empty() ? ApplicationTitle : Q(message.title));
   box.setText(Q(message.text));
@@ -128,6 +131,7 @@ Reply DesktopHost::ShowMessage(const Message& message) {
 }
 
 bool DesktopHost::RunForm(Form& form) {
+  HideProgress();
   form.Open();
   FormDialog dialog(form, Front(), showHelp_);
   KeepPlace(dialog, form);
@@ -179,22 +183,25 @@ std::optional<FileChoice> DesktopHost::ChooseFile(const FileRequest& request) {
   QStringList filters = FiltersOf(request.filter);
   const bool hasPattern = !request.pattern.empty();  // all the files that are meant come first
   if (hasPattern) filters.prepend(FilterOf("All these files", request.pattern));
+  HideProgress();
   QFileDialog dialog(Front(), Q(request.title), Q(request.suggestedName));
+  dialog.setOption(QFileDialog::HideNameFilterDetails);
   dialog.setNameFilters(filters);
   if (request.filterIndex > 0 && request.filterIndex < filters.size()) {
     dialog.selectNameFilter(filters[request.filterIndex]);
   }
   dialog.setAcceptMode(request.save ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
-  dialog.setFileMode(request.save ? QFileDialog::AnyFile : QFileDialog::ExistingFile);
+  dialog.setFileMode(QFileDialog::AnyFile);  // what is not there is told of in our own words
   dialog.setDefaultSuffix(Q(request.defaultExtension));
   if (dataFolder && !std::filesystem::path(request.suggestedName).is_absolute()) {
     dialog.setDirectory(Q(dataFolder().string()));
   }
   // A name without an extension gets that of the filter.
-  const auto takeSuffix = [&](const QString& filter) {
-    if (!ExtensionOf(filter).isEmpty()) dialog.setDefaultSuffix(ExtensionOf(filter));
+  const auto takeSuffix = [&] {
+    const QString extension = ExtensionOf(dialog.selectedNameFilter());
+    if (!extension.isEmpty()) dialog.setDefaultSuffix(extension);
   };
-  if (request.save) takeSuffix(dialog.selectedNameFilter());
+  if (request.save) takeSuffix();
   if (request.save) QObject::connect(&dialog, &QFileDialog::filterSelected, &dialog, takeSuffix);
   if (!request.suggestedName.empty()) dialog.selectFile(Q(request.suggestedName));
   if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return std::nullopt;

@@ -49,6 +49,7 @@ class DesktopHost : public Host {
  private:
   struct Modeless;
   QWidget* Front() const;  // the window that a dialog belongs to; null before any is shown
+  void HideProgress();     // before a question: the next round of the calculation shows it again
   void KeepPlace(FormDialog& dialog, const Form& form);
   void SavePlace(const FormDialog& dialog, const Form& form);
 

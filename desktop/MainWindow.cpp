@@ -41,17 +41,28 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr const char* SavingScript = "Save Script As";
+
 QString Q(std::string_view text) { return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())); }
 
 // The keys that people expect.
 const std::map<std::string, QKeySequence>& Shortcuts() {
   static const std::map<std::string, QKeySequence> keys{
-      {"M_New_Workbook", QKeySequence::New},   {"M_Open", QKeySequence::Open},
-      {"M_Save_Workbook", QKeySequence::Save}, {"M_Report_Save", QKeySequence::Save},
-      {"M_Print", QKeySequence::Print},        {"M_Cut", QKeySequence::Cut},
-      {"M_Copy", QKeySequence::Copy},          {"M_Paste", QKeySequence::Paste},
-      {"M_Undo", QKeySequence::Undo},          {"M_Goto", QKeySequence(Qt::CTRL | Qt::Key_G)},
-      {"M_Find", QKeySequence::Find},          {"M_Replace", QKeySequence::Replace},
+      {"M_New_Workbook", QKeySequence::New},
+      {"M_Open", QKeySequence::Open},
+      {"M_Save_Workbook", QKeySequence::Save},
+      {"M_Report_Save", QKeySequence::Save},
+      {"M_Print", QKeySequence::Print},
+      {"M_Cut", QKeySequence::Cut},
+      {"M_Copy", QKeySequence::Copy},
+      {"M_Paste", QKeySequence::Paste},
+      {"M_Undo", QKeySequence::Undo},
+      {"M_Goto", QKeySequence(Qt::CTRL | Qt::Key_G)},
+      {"M_Find", QKeySequence::Find},
+      {"M_Replace", QKeySequence::Replace},
+      {"M_Report_Bold", QKeySequence::Bold},
+      {"M_Report_Italic", QKeySequence::Italic},
+      {"M_Report_Underline", QKeySequence::Underline},
   };
   return keys;
 }
@@ -62,10 +73,10 @@ MainWindow::MainWindow(Paths paths, const fs::path& settingsFile)
     : settings_(settingsFile),
       bar_(new SelectionBar(this)),
       area_(new QMdiArea(this)),
+      status_(new QLabel(this)),
       host_(std::make_unique<DesktopHost>(
           *this, *bar_, [this](bool on) { SetCommandsEnabled(on); },
-          [this](std::string_view text) { statusBar()->showMessage(Q(text)); }, [this](int topic) { ShowHelp(topic); },
-          settings_)),
+          [this](std::string_view text) { SetStatus(Q(text)); }, [this](int topic) { ShowHelp(topic); }, settings_)),
       recorder_(std::make_unique<Recorder>(*host_, documents_)),
       session_(*recorder_, documents_, settings_, std::move(paths)) {
   setObjectName("MD1");
@@ -95,7 +106,9 @@ MainWindow::MainWindow(Paths paths, const fs::path& settingsFile)
       if (commandsEnabled_) windowActions_.at("M_Redo").run();
     });
   }
-  statusBar()->showMessage("Ready");
+  status_->setObjectName("status");
+  statusBar()->addWidget(status_, 1);
+  SetStatus("Ready");
   qApp->installEventFilter(this);
 
   documents_.onWorkbookOpened = [this](Workbook& workbook) { ShowWorkbook(workbook); };
@@ -313,8 +326,7 @@ void MainWindow::ExecuteLinkCommand(const QString& text) {
     linkCommands_ << text;
     return;
   }
-  tellurix::ExecuteLinkCommand(session_, text.toStdString(),
-                               [this](const fs::path& file) { return OpenFile(file); });
+  tellurix::ExecuteLinkCommand(session_, text.toStdString(), [this](const fs::path& file) { return OpenFile(file); });
   if (!isVisible()) return;  // it starts
   if (isMinimized()) showNormal();
   raise();
@@ -411,23 +423,40 @@ void MainWindow::Record(bool on) {
   if (on) {
     recorder_->Start();
     NoteSettings();
-    return statusBar()->showMessage("Recording");
+    return SetStatus("Recording");
   }
   recorder_->Stop();
-  const auto file = host_->ChooseFile({.title = "Save Script As",
-                                       .filter = "Scripts (*.tlx)|*.tlx",
-                                       .defaultExtension = "tlx",
-                                       .suggestedName = "script.tlx",
-                                       .save = true});
-  std::string problem;
-  if (file && !WriteWholeFile(file->path, recorder_->Text(), problem)) {
-    ShowMessage(session_, problem, WarningIcon, "Saving Script");
+  SetStatus("Ready");
+  SaveScript();
+}
+
+// What was recorded is given up by an answer alone.
+void MainWindow::SaveScript() {
+  for (;;) {
+    const auto file = host_->ChooseFile({.title = SavingScript,
+                                         .filter = "Scripts (*.tlx)|*.tlx",
+                                         .defaultExtension = "tlx",
+                                         .suggestedName = "script.tlx",
+                                         .save = true});
+    std::string problem;
+    if (file && WriteWholeFile(file->path, recorder_->Text(), problem)) return;
+    if (file) {
+      ShowMessage(session_, problem, WarningIcon, SavingScript);
+    } else if (ShowMessage(session_, "Discard what was recorded?", YesNo | QuestionIcon, SavingScript) == Reply::Yes) {
+      return;
+    }
   }
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Waiting and closing
 // ---------------------------------------------------------------------------------------------------------------------
+
+void MainWindow::SetStatus(const QString& text) {
+  statusBar()->clearMessage();
+  status_->setText(text);
+  status_->repaint();  // what it tells of may keep the program from painting for a while
+}
 
 void MainWindow::SetCommandsEnabled(bool enabled) {
   commandsEnabled_ = enabled;

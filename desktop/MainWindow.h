@@ -18,6 +18,7 @@
 #include "shell/OpenDocuments.h"
 #include "shell/Recorder.h"
 
+class QLabel;
 class QMdiArea;
 class QMdiSubWindow;
 
@@ -100,15 +101,18 @@ class MainWindow : public QMainWindow {
   void ShowReport(Report& report);
   void ChildActivated(QMdiSubWindow* child);
   void SetCommandsEnabled(bool enabled);
+  void SetStatus(const QString& text);
   void CommandEnded();
   void HelpInFront();
   void NoteSettings();
+  void SaveScript();
   void ToolPressed(const QString& key);
 
   IniSettings settings_;
   OpenDocuments documents_;
   SelectionBar* bar_;
   QMdiArea* area_;
+  QLabel* status_;  // stays beneath the tips of the menu, which come and go
   std::unique_ptr<DesktopHost> host_;
   std::unique_ptr<Recorder> recorder_;
   Session session_;

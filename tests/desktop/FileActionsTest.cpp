@@ -4,7 +4,10 @@
 
 #include <QComboBox>
 #include <QFileDialog>
+#include <QLabel>
 #include <QLineEdit>
+#include <QMessageBox>
+#include <QStatusBar>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -113,6 +116,29 @@ TEST_F(FileActions, OpeningOffersAllKindsAtOnce) {
   ASSERT_TRUE(main.ActiveWorksheet());
   EXPECT_EQ(main.ActiveWorksheet()->windowTitle(), "a.csv");
   EXPECT_EQ(main.ActiveWorksheet()->Book().NumberRC(1, 2), 2);
+}
+
+TEST_F(FileActions, OpeningTellsOfAMissingFile) {
+  QString caption, told;
+  Choose("Open File");
+  driver.Step(
+      "filters", [] { return Dialog() != nullptr; },
+      [&] { caption = Dialog()->findChild<QComboBox*>("fileTypeCombo")->itemText(1); });
+  Answer("Open File", "gone.tlw", "All these files");
+  driver.Step(
+      "message", [] { return qobject_cast<QMessageBox*>(QApplication::activeModalWidget()) != nullptr; },
+      [&] {
+        auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        told = box->windowTitle() + ": " + box->text();
+        box->accept();
+      });
+  driver.Drive();
+  EXPECT_EQ(caption.trimmed(), "Tellurix Workbooks (*.tlw)");
+  EXPECT_EQ(told,
+            "File Open: " + QString::fromStdString((folder / "gone.tlw").string()).toUpper() + " is not available");
+  // The tips of the menu have come and gone.
+  EXPECT_EQ(main.statusBar()->findChild<QLabel*>("status")->text(), "Ready");
+  EXPECT_EQ(main.statusBar()->currentMessage(), "");
 }
 
 }  // namespace
