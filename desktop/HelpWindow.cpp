@@ -3,6 +3,7 @@
 #include <QAction>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QShortcut>
 #include <QSplitter>
 #include <QTextBrowser>
 #include <QTextDocument>
@@ -88,6 +89,8 @@ std::vector<HelpTopic> ReadHelpTopics(const fs::path& folder, std::map<int, std:
 HelpWindow::HelpWindow(const fs::path& folder, QWidget* parent)
     : QMainWindow(parent), topics_(ReadHelpTopics(folder, byNumber_)) {
   setWindowTitle("Tellurix Help");
+  setWindowIcon(ThemeIcon("tellurix"));
+  connect(new QShortcut(Qt::Key_Escape, this), &QShortcut::activated, this, &QWidget::close);
   resize(900, 640);
   auto* splitter = new QSplitter(this);
   auto* left = new QWidget(splitter);
