@@ -59,7 +59,7 @@ const std::map<std::string, QKeySequence>& Shortcuts() {
       {"M_Undo", QKeySequence::Undo},
       {"M_Goto", QKeySequence(Qt::CTRL | Qt::Key_G)},
       {"M_Find", QKeySequence::Find},
-      {"M_Replace", QKeySequence::Replace},
+      {"M_Replace", QKeySequence(Qt::CTRL | Qt::Key_H)},
       {"M_Report_Bold", QKeySequence::Bold},
       {"M_Report_Italic", QKeySequence::Italic},
       {"M_Report_Underline", QKeySequence::Underline},

@@ -11,6 +11,12 @@
 
 namespace tellurix {
 
+namespace {
+
+constexpr qint64 ShowsAfter = 500;  // milliseconds; what ends sooner does not flash by
+
+}  // namespace
+
 ProgressDialog::ProgressDialog(QWidget* owner) : QDialog(owner) {
   setObjectName("Progress");
   setWindowTitle("Tellurix Calculation Progress");
@@ -29,11 +35,18 @@ ProgressDialog::ProgressDialog(QWidget* owner) : QDialog(owner) {
 
 bool ProgressDialog::Show(const Progress& progress) {
   if (progress.share >= 1) {
-    hide();
+    started_.invalidate();
     cancelled_ = false;
+    if (isVisible()) Leave();
     return true;
   }
+  if (!started_.isValid()) started_.start();
   if (!isVisible() && !cancelled_) {
+    if (started_.elapsed() < ShowsAfter) {
+      // The windows are painted; nothing else can be begun meanwhile.
+      QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+      return true;
+    }
     FormDialog::PlaceOver(*this, parentWidget());
     show();
   }
@@ -48,9 +61,15 @@ bool ProgressDialog::Show(const Progress& progress) {
   return goOn;
 }
 
+void ProgressDialog::Leave() {
+  hide();
+  // Not every window manager gives the keys back to where they came from.
+  parentWidget()->activateWindow();
+}
+
 void ProgressDialog::reject() {
   cancelled_ = true;
-  hide();
+  Leave();
 }
 
 }  // namespace tellurix

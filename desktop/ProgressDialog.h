@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QDialog>
+#include <QElapsedTimer>
 
 #include "host/Host.h"
 
@@ -16,11 +17,15 @@ class ProgressDialog : public QDialog {
  public:
   explicit ProgressDialog(QWidget* owner);
 
-  // Shows how far it is and serves events; false once Cancel was pressed. A share of 1 hides it.
+  // Serves events and, in a calculation that takes its time, shows how far it is; false once Cancel was pressed. A
+  // share of 1 ends the calculation and hides it.
   bool Show(const Progress& progress);
   void reject() override;  // Cancel: hides it, the calculation sees it at its next round
 
  private:
+  void Leave();
+
+  QElapsedTimer started_;  // invalid between calculations
   QLabel* line_;
   QLabel* labels_[3];
   QProgressBar* bar_;
