@@ -363,6 +363,7 @@ void FormDialog::RefreshControl(const Shown& shown, const Control& control) {
     case ControlKind::Picture:
       break;
   }
+  if (auto* label = qobject_cast<QLabel*>(shown.label)) label->setText(Q(control.caption));
   for (QWidget* widget : {shown.widget, shown.label}) {
     if (!widget) continue;
     widget->setVisible(control.visible);
@@ -424,6 +425,9 @@ bool FormDialog::eventFilter(QObject* watched, QEvent* event) {
   // Only a dialog whose logic listens hears of the focus: anything else would fill a recording with it.
   if (event->type() == QEvent::FocusIn && form_.onFocus && !refreshing_) {
     form_.Focus(watched->objectName().toStdString());
+  }
+  if (event->type() == QEvent::MouseButtonDblClick && form_.onActivate) {
+    form_.Activate(watched->objectName().toStdString());
   }
   return QDialog::eventFilter(watched, event);
 }

@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "kernel/Inverse.h"
+#include "kernel/Quantile.h"
 
 namespace tellurix::kernel {
 
@@ -104,6 +105,10 @@ f64 BetaOddsInverse(f64 a, f64 b, const Tails& wanted) {
     const BetaParts parts = BetaAt(x, y, a, b);
     return LogisticSlopes(parts, x, y, a, b, 1);
   });
+}
+
+f64 ChiSquareFromUpperP(f64 p, f64 df) {
+  return p >= 0 && p <= 1 && df > 0 ? 2 * GammaInverse(df / 2, {1 - p, p}) : NaN;
 }
 
 }  // namespace tellurix::kernel

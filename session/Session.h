@@ -51,6 +51,7 @@ class Session {
   Prompts prompts;
   DataSelection data;
   Graphics graphics;
+  std::weak_ptr<Form> distributions;  // the calculator of distributions, while it is open
 
   Formatter Format() const { return Formatter(options); }
   TemplateMerge Merge() { return {host, results, paths.program / "Template"}; }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "classical/Distributions.h"
 #include "classical/Frequencies.h"
 #include "classical/NormalTests.h"
 #include "classical/PairedT.h"
@@ -192,16 +193,16 @@ constexpr Row Rows[] = {
     {"&Analysis/Ra&tes/&Direct Standardization/&Screen Data", "M_Rate_Direct_Screen", 2154, Screen},
     {"&Analysis/Ra&tes/&Indirect Standardization && SMR/&Worksheet Data", "M_Rate_Indirect_Worksheet", 2155, Sheet},
     {"&Analysis/Ra&tes/&Indirect Standardization && SMR/&Screen Data", "M_Rate_Indirect_Screen", 2156, Screen},
-    {"&Analysis/Distri&butions/&Normal", "M_Distributions(0)", 2200, Screen},
-    {"&Analysis/Distri&butions/&Student's t", "M_Distributions(1)", 2201, Screen},
-    {"&Analysis/Distri&butions/&F (Variance Ratio)", "M_Distributions(2)", 2202, Screen},
-    {"&Analysis/Distri&butions/&Chi-Square", "M_Distributions(3)", 2203, Screen},
-    {"&Analysis/Distri&butions/Studentized &Range (Q)", "M_Distributions(4)", 2204, Screen},
-    {"&Analysis/Distri&butions/&Binomial", "M_Distributions(5)", 2205, Screen},
-    {"&Analysis/Distri&butions/&Poisson", "M_Distributions(6)", 2206, Screen},
-    {"&Analysis/Distri&butions/&Kendall's tau", "M_Distributions(7)", 2207, Screen},
-    {"&Analysis/Distri&butions/Sp&earman's rho", "M_Distributions(8)", 2208, Screen},
-    {"&Analysis/Distri&butions/Non-Central &t", "M_Distributions(9)", 2209, Screen},
+    {"&Analysis/Distri&butions/&Normal", "M_Distributions(0)", 2200, Screen, DistributionCommand<0>},
+    {"&Analysis/Distri&butions/&Student's t", "M_Distributions(1)", 2201, Screen, DistributionCommand<1>},
+    {"&Analysis/Distri&butions/&F (Variance Ratio)", "M_Distributions(2)", 2202, Screen, DistributionCommand<2>},
+    {"&Analysis/Distri&butions/&Chi-Square", "M_Distributions(3)", 2203, Screen, DistributionCommand<3>},
+    {"&Analysis/Distri&butions/Studentized &Range (Q)", "M_Distributions(4)", 2204, Screen, DistributionCommand<4>},
+    {"&Analysis/Distri&butions/&Binomial", "M_Distributions(5)", 2205, Screen, DistributionCommand<5>},
+    {"&Analysis/Distri&butions/&Poisson", "M_Distributions(6)", 2206, Screen, DistributionCommand<6>},
+    {"&Analysis/Distri&butions/&Kendall's tau", "M_Distributions(7)", 2207, Screen, DistributionCommand<7>},
+    {"&Analysis/Distri&butions/Sp&earman's rho", "M_Distributions(8)", 2208, Screen, DistributionCommand<8>},
+    {"&Analysis/Distri&butions/Non-Central &t", "M_Distributions(9)", 2209, Screen, DistributionCommand<9>},
     {"&Analysis/Sample Si&ze/&Paired and 1 sample t", "M_Sample(0)", 2250, Screen},
     {"&Analysis/Sample Si&ze/&Unpaired t", "M_Sample(1)", 2251, Screen},
     {"&Analysis/Sample Si&ze/&Independent Case-Control", "M_Sample(2)", 2252, Screen},
