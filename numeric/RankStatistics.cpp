@@ -109,8 +109,9 @@ void KendallFromP(double p, double& tau, std::int32_t& S, std::int32_t n, std::i
     ifault = 1;
     return;
   }
-  S = at;
-  tau = at / pairs;
+  // An S of the other parity has the tail of the next one.
+  S = at + (static_cast<std::int64_t>(pairs) - at) % 2;
+  tau = S / pairs;
 }
 
 void HotellingFromP(double p, double& reached, std::int32_t& T, std::int32_t n, std::int32_t& ifault) {
@@ -140,6 +141,7 @@ void HotellingFromP(double p, double& reached, std::int32_t& T, std::int32_t n, 
   }
   std::int64_t at = Start + above * Step;
   while (lowerP(at) > p && std::fabs(lowerP(at) - p) >= Gap) --at;
+  at += at % 2;  // an odd T has the tail of the next even one
   T = static_cast<std::int32_t>(at);
   reached = lowerP(at);
 }
