@@ -1,8 +1,9 @@
 // Bad arguments: every function of the kernel is driven over every combination of the corner values below. It must
-// return, and a function with an `ifault` must not leave NaN behind one that is 0.
+// return, and a function with an `ifault` (or a status) must not leave NaN behind one that is 0.
 //
 // A new function gets one row in the table: its name, the number of its arguments, and a call that takes them from `x`
-// (Int for an i32) and answers its results.
+// (Int for an i32) and answers its results. Where a function takes arrays, the corner values are their elements; sizes
+// and pointers out of range are in the tests of the function itself, and so are the multiple comparisons.
 
 #include <gtest/gtest.h>
 
@@ -132,6 +133,140 @@ std::vector<Function> RandomFunctions() {
   })};
 }
 
+// --- ranks ---
+
+std::vector<Function> RankFunctions() {
+  return {
+      Faulting("PRHO", 2, [](const Arguments& x, i32& ifault) { return PRHO(Int(x[0]), Int(x[1]), ifault); }),
+      Faulting("KSP2", 3, [](const Arguments& x, i32& ifault) { return KSP2(Int(x[0]), Int(x[1]), x[2], ifault); }),
+      Writing<2>("WMWPX", 4,
+                 [](const Arguments& x, auto& out, i32& ifault) {
+                   const std::array<i32, 3> ranks{Int(x[0]), Int(x[1]), Int(x[2])};
+                   out[0] = WMWPX(1, 2, ranks[0], Int(x[3]), out[1], ifault);
+                 }),
+      // Every element has a rank, NaN too; there is no fault.
+      Writing<5>("RANK", 4, [](const Arguments& x, auto& out, i32&) { RANK(x.data(), out.data(), 4, 1, out[4]); }),
+      Writing<1>("PAIRNEXT", 3,
+                 [](const Arguments& x, auto& out, i32& ifault) {
+                   std::array<i32, 3> next{};
+                   std::array<i32, 3> heap{};
+                   PairWalk walk{0, 0, 0, next.data(), heap.data()};
+                   for (int pair = 0; pair < 6 && walk.status == 0; ++pair) PAIRNEXT(walk, out[0], x.data(), 3);
+                   ifault = walk.status;
+                 }),
+      Writing<1>("FINDNEXT", 4,
+                 [](const Arguments& x, auto& out, i32& ifault) {
+                   std::array<i32, 2> next{};
+                   std::array<i32, 2> heap{};
+                   PairWalk walk{0, 0, 0, next.data(), heap.data()};
+                   for (int pair = 0; pair < 4 && walk.status == 0; ++pair)
+                     FINDNEXT(walk, out[0], x.data(), x.data() + 2, 2, 2);
+                   ifault = walk.status;
+                 }),
+      Plain("EXPNOS", 2, [](const Arguments& x) { return EXPNOS(Int(x[0]), Int(x[1])); }),
+  };
+}
+
+// --- matrices and fits ---
+
+std::vector<Function> MatrixFunctions() {
+  return {
+      // The coefficients, the sums of squares and the triangle of R.
+      Writing<8>("GLSQR", 4,
+                 [](const Arguments& x, auto& out, i32& ifault) {
+                   const std::array<f64, 3> design{x[0], x[1], 2};
+                   const std::array<f64, 3> response{x[2], 1, 3};
+                   const std::array<f64, 3> weights{x[3], 1, 1};
+                   const GlsqrData data{3, 1, 1, 1, design.data(), 3, nullptr, response.data(), 3, weights.data()};
+                   std::array<f64, 4> r{};
+                   std::array<i32, 2> pivot{};
+                   GlsqrFit fit{r.data(), 2, &out[0], nullptr, pivot.data(), &out[2], &out[3], &out[4], 0, 0, 0};
+                   GLSQR(data, 0, fit, ifault);
+                   out[5] = r[0];
+                   out[6] = r[2];
+                   out[7] = r[3];
+                 }),
+      Writing<4>("RCOVARB", 4,
+                 [](const Arguments& x, auto& out, i32& ifault) {
+                   const std::array<f64, 4> r{x[0], 0, x[1], x[2]};
+                   RCOVARB(2, r.data(), 2, x[3], out.data(), 2, ifault);
+                 }),
+      Writing<10>("SVD", 4,
+                  [](const Arguments& x, auto& out, i32& ifault) {
+                    SVD(2, 2, x.data(), 2, &out[0], &out[2], &out[6], ifault);
+                  }),
+      Writing<5>("MXINV", 3,
+                 [](const Arguments& x, auto& out, i32& ifault) {
+                   const std::array<f64, 4> a{x[0], x[1], x[1], x[2]};
+                   i32 failed = 0;
+                   MXINV(2, a.data(), 2, out.data(), 2, out[4], failed, ifault);
+                 }),
+      Writing<3>("MXSRT", 4,
+                 [](const Arguments& x, auto& out, i32& ifault) {
+                   const std::array<i32, 3> stratum{Int(x[3]), 1, Int(x[3])};
+                   std::array<i32, 3> order{-1, -1, -1};
+                   std::array<i32, 4> first{};
+                   i32 strata = 0;
+                   MXSRT(3, x.data(), stratum.data(), order.data(), strata, first.data(), ifault);
+                   for (std::size_t i = 0; i < 3; ++i) out[i] = order[i] < 0 || order[i] > 2 ? NaN : order[i];
+                 }),
+  };
+}
+
+// --- conditional likelihood and tables ---
+
+std::vector<Function> TableFunctions() {
+  return {
+      // The coefficient, its score and information, the log likelihood.
+      Writing<4>("CLMAIN", 4,
+                 [](const Arguments& x, auto& out, i32& ifault) {
+                   const std::array<f64, 5> covariates{x[0], x[1], x[2], 1, 2};
+                   constexpr std::array<i32, 5> Stratum{1, 1, 1, 2, 2};
+                   constexpr std::array<i32, 5> IsCase{1, 0, 0, 0, 1};
+                   const ClmainData data{5, 1, covariates.data(), 5, Stratum.data(), IsCase.data()};
+                   out[0] = x[3];
+                   ClmainFit fit{&out[0], &out[1], &out[2], nullptr, NaN, 0, 0};
+                   CLMAIN(data, 1e-9, 20, fit, ifault);
+                   out[3] = fit.logLikelihood;
+                 }),
+      Writing<2>("RCNWA", 4,
+                 [](const Arguments& x, auto& out, i32& ifault) {
+                   RCNWA(x.data(), 2, 2, {.work = 1e6}, out[0], out[1], ifault);
+                 }),
+      Writing<3>("GENCMH of counts", 4,
+                 [](const Arguments& x, auto& out, i32& ifault) {
+                   std::array<i32, 3> df{};
+                   GENCMH(x.data(), 2, 2, 1, nullptr, nullptr, out[0], out[1], out[2], df.data(), ifault);
+                 }),
+      Writing<3>("GENCMH of scores", 4,
+                 [](const Arguments& x, auto& out, i32& ifault) {
+                   constexpr std::array<f64, 4> Counts{3, 1, 2, 5};
+                   std::array<i32, 3> df{};
+                   GENCMH(Counts.data(), 2, 2, 1, x.data(), x.data() + 2, out[0], out[1], out[2], df.data(), ifault);
+                 }),
+  };
+}
+
+// --- curves ---
+
+std::vector<Function> CurveFunctions() {
+  return {
+      Plain("POLYFUNC", 4, [](const Arguments& x) { return POLYFUNC(x[0], x.data() + 1, 2); }),
+      Writing<2>("POLINT", 4,
+                 [](const Arguments& x, auto& out, i32& ifault) {
+                   const std::array<f64, 2> ya{x[2], 1};
+                   POLINT(x.data(), ya.data(), 2, x[3], out[0], out[1], ifault);
+                 }),
+      Plain("TRAPZD", 4,
+            [](const Arguments& x) {
+              const std::array<f64, 2> values{x[2], 1};
+              f64 result = 0;
+              TRAPZD(x[0], x[1], values.data(), Int(x[3]), result, 2);
+              return result;
+            }),
+  };
+}
+
 // Every combination of the corner values, the last argument running fastest.
 void ForEachCombination(std::size_t count, const std::function<void(const Arguments&)>& visit) {
   std::vector<std::size_t> chosen(count, 0);
@@ -166,6 +301,22 @@ TEST(Corner, Tails) {
 
 TEST(Corner, Random) {
   for (const Function& function : RandomFunctions()) Drive(function);
+}
+
+TEST(Corner, Ranks) {
+  for (const Function& function : RankFunctions()) Drive(function);
+}
+
+TEST(Corner, Matrices) {
+  for (const Function& function : MatrixFunctions()) Drive(function);
+}
+
+TEST(Corner, Tables) {
+  for (const Function& function : TableFunctions()) Drive(function);
+}
+
+TEST(Corner, Curves) {
+  for (const Function& function : CurveFunctions()) Drive(function);
 }
 
 TEST(Corner, Distributions) {
