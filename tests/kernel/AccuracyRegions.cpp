@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdio>
 
 #include "tests/kernel/Reference.h"
@@ -28,9 +29,10 @@ RegionResult Measure(const Region& region, int points) {
   for (int tries = 0; tries < 200 * points && static_cast<int>(errors.size()) < points; ++tries) {
     const auto point = region.draw(random);
     if (!point) continue;
-    errors.push_back(point->error);
-    if (point->error < result.worst) continue;
-    result.worst = point->error;
+    const double error = std::isnan(point->error) ? INFINITY : point->error;
+    errors.push_back(error);
+    if (error < result.worst) continue;
+    result.worst = error;
     result.worstPoint.clear();
     for (const double argument : point->arguments) {
       std::array<char, 40> text{};

@@ -1,4 +1,5 @@
-// Accuracy of the kernel against 50-digit values, region by region; shared by the tests and by bench/Accuracy.cpp.
+// Accuracy of the kernel against 50-digit values, exact counts, enumeration and certified figures, region by region;
+// shared by the tests and by bench/Accuracy.cpp.
 //
 // A file *Regions.cpp of this folder holds the regions of one subject and adds them to the table:
 //   const bool added = AddRegions(&MyRegions);
@@ -9,6 +10,7 @@
 #include <optional>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace tellurix::accuracy {
@@ -38,6 +40,25 @@ struct Region {
   int mostPoints = 1'000'000;  // fewer where the 50-digit values take long
 };
 
+// The same region with fewer points.
+inline Region AtMost(int points, Region region) {
+  region.mostPoints = points;
+  return region;
+}
+
+// A region of given cases, taken in their order. `measure` makes the Point of a case.
+template <typename Case, typename Measure>
+Region Listed(std::string function, std::string name, double worstBound, std::vector<Case> cases, Measure measure) {
+  const int count = static_cast<int>(cases.size());
+  auto next = [cases = std::move(cases), measure, at = std::size_t{0}](Random&) mutable -> std::optional<Point> {
+    return measure(cases[at++ % cases.size()]);
+  };
+  return {std::move(function), std::move(name), worstBound, 0, std::move(next), count};
+}
+
+// The error of a result that must be right to the last bit.
+inline double Exactly(bool right) { return right ? 0 : INFINITY; }
+
 // Adds a list of regions to the table; true.
 bool AddRegions(std::vector<Region> (*regions)());
 
@@ -51,10 +72,12 @@ struct RegionResult {
   std::string worstPoint;  // the arguments of the largest one
   double worstBound = 0;   // what the library promises
   double medianBound = 0;  // 0: nothing promised
+
+  bool IsKept() const { return points == wanted && worst <= worstBound && (medianBound == 0 || median <= medianBound); }
 };
 
 // Draws `points` arguments in every region (fewer where its `mostPoints` says so; the same ones for the same number)
-// and compares the kernel there with tests/kernel/Reference.h. Sorted by function; the regions of one function in their
+// and compares the kernel there with its references. Sorted by function; the regions of one function in their
 // own order.
 std::vector<RegionResult> MeasureRegions(int points);
 

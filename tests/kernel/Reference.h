@@ -10,6 +10,7 @@
 #include <limits>
 #include <optional>
 #include <utility>
+#include <vector>
 
 namespace tellurix::accuracy {
 
@@ -87,6 +88,17 @@ inline RealTails Beta(const Real& x, const Real& y, const Real& a, const Real& b
   return {lower, 1 - lower};
 }
 
+// The probabilities of 0 .. n successes.
+inline std::vector<Real> Binomials(int n, const Real& p) {
+  std::vector<Real> exactly(static_cast<std::size_t>(n) + 1);
+  Real choose = 1;
+  for (int k = 0; k <= n; ++k) {
+    exactly[static_cast<std::size_t>(k)] = choose * pow(p, k) * pow(1 - p, n - k);
+    choose = choose * (n - k) / (k + 1);
+  }
+  return exactly;
+}
+
 inline RealTails Normal(const Real& z) {
   const RealTails tails = Gamma(Real(0.5), z * z / 2);
   const RealTails halves{1 - tails.upper / 2, tails.upper / 2};
@@ -143,6 +155,10 @@ inline double RelativeError(double got, const Real& wanted) {
   if (!std::isfinite(got)) return std::numeric_limits<double>::infinity();
   if (wanted == 0) return got == 0 ? 0 : std::numeric_limits<double>::infinity();
   return static_cast<double>(abs((Real(got) - wanted) / wanted));
+}
+
+inline double AbsoluteError(double got, const Real& wanted) {
+  return std::isfinite(got) ? static_cast<double>(abs(Real(got) - wanted)) : std::numeric_limits<double>::infinity();
 }
 
 // The true root that Newton's method reaches from the computed one; `ratio` is (value - target)/derivative. Nothing
