@@ -1,9 +1,9 @@
-// The studentized range and Dunnett's test against tabulated values, other ways of integrating and printed tables.
+// The studentized range and Dunnett's test against printed tables and other programs, and in their laws; further
+// figures are those of MultipleComparisonsRegions.cpp.
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <boost/math/quadrature/gauss_kronrod.hpp>
 #include <cmath>
 #include <limits>
 #include <vector>
@@ -45,34 +45,6 @@ f64 Ppd2(f64 p, f64 df, const std::vector<i32>& sizes) {
 }
 
 // --- studentized range ---
-
-struct Row {
-  f64 q;
-  f64 k;
-  f64 df;
-  i32 ranges;
-  f64 p;
-};
-
-const Row Rows[] = {
-#include "tests/kernel/StudentizedRangeValues.inc"
-};
-
-TEST(StudentizedRange, AgreesWithSeventeenFigures) {
-  for (const Row& row : Rows) {
-    SCOPED_TRACE(testing::Message() << row.q << " " << row.k << " " << row.df << " " << row.ranges);
-    if (row.ranges == 1) {
-      ExpectRelative(PROBSR(row.q, row.k, row.df), row.p, 1e-11);
-      if (row.p < 0.9999) ExpectRelative(QUANTSR(row.p, row.k, row.df), row.q, 1e-9);
-    }
-    if (row.k != std::floor(row.k)) continue;
-    const i32 k = static_cast<i32>(row.k);
-    ExpectRelative(Dmca(row.q, k, row.df, row.ranges), row.p, 1e-11);
-    i32 ifault = 0;
-    f64 q = 0;
-    if (row.p < 0.9999) ExpectRelative(PPQ2(row.p, k, row.df, row.ranges, q, ifault), row.q, 1e-9);
-  }
-}
 
 // Upper 5% and 1% points of E. S. Pearson & H. O. Hartley (1966), Biometrika Tables for Statisticians, volume 1,
 // table 29.
@@ -137,40 +109,6 @@ TEST(StudentizedRange, QuantilesOfSmallTails) {
 }
 
 // --- Dunnett ---
-
-// P(D > d) by Gauss-Kronrod rules over S and the control's deviate, 1 less the probability of none beyond.
-f64 IntegratedDunnett(f64 d, f64 df, const std::vector<i32>& sizes) {
-  using Rule = boost::math::quadrature::gauss_kronrod<f64, 31>;
-  const f64 logConstant = std::log(2.0) + df / 2 * std::log(df / 2) - std::lgamma(df / 2);
-  const auto normal = [](f64 x) { return std::erfc(-x / std::sqrt(2.0)) / 2; };
-  const auto none = [&](f64 s) {
-    const auto atControl = [&](f64 z) {
-      f64 product = std::exp(-z * z / 2) / std::sqrt(2 * std::acos(-1.0));
-      for (std::size_t i = 1; i < sizes.size(); ++i) {
-        const f64 lambda = std::sqrt(sizes[i] / static_cast<f64>(sizes[i] + sizes[0]));
-        const f64 rest = std::sqrt(1 - lambda * lambda);
-        product *= normal((d * s - lambda * z) / rest) - normal((-d * s - lambda * z) / rest);
-      }
-      return product;
-    };
-    return std::exp(logConstant + (df - 1) * std::log(s) - df * s * s / 2) *
-           Rule::integrate(atControl, -9.0, 9.0, 8, 1e-11);
-  };
-  const f64 width = 9 / std::sqrt(2 * df);
-  return 1 - Rule::integrate(none, std::max(1e-9, 1 - width), 1 + 1.5 * width, 6, 1e-10);
-}
-
-TEST(Dunnett, AgreesWithOtherIntegration) {
-  const struct {
-    f64 d;
-    f64 df;
-    std::vector<i32> sizes;
-  } rows[] = {{2.5, 12, {5, 5, 5, 5}}, {2.2, 8, {20, 6, 9, 12, 3}},         {1.1, 30, {7, 7, 7}},
-              {3.5, 6, {3, 30, 9, 1}}, {2.7, 60, {10, 100, 50, 10, 10, 5}}, {2.9, 400, std::vector<i32>(12, 40)},
-              {2.3, 15, {1, 400, 400}}};
-  for (const auto& row : rows)
-    EXPECT_NEAR(Dmcc(row.d, row.df, row.sizes), IntegratedDunnett(row.d, row.df, row.sizes), 1e-9);
-}
 
 // R 4.2.2 with mvtnorm 1.1-3, pmvt(lower = -d, upper = d, df, corr, algorithm = TVPACK(abseps = 1e-14)) for two
 // comparisons and GenzBretz(maxpts = 2e7) for more, whose error estimates are 1.2e-8, 7.7e-9 and 7.6e-7.
