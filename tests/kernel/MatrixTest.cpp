@@ -1,9 +1,8 @@
-// Singular values, inverses of information matrices, the order of risk sets.
+// Singular values, inverses of information matrices, the order of risk sets; their errors are in MatrixRegions.cpp.
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <boost/multiprecision/cpp_bin_float.hpp>
 #include <cmath>
 #include <functional>
 #include <limits>
@@ -14,8 +13,6 @@
 
 namespace tellurix {
 namespace {
-
-using Exact = boost::multiprecision::cpp_bin_float_50;
 
 constexpr f64 Infinity = std::numeric_limits<f64>::infinity();
 constexpr f64 NaN = std::numeric_limits<f64>::quiet_NaN();
@@ -47,39 +44,6 @@ Decomposition Filled(i32 m, i32 n, const std::function<f64(i32, i32)>& element) 
   return matrix;
 }
 
-// By one-sided rotations in 50 digits, M. R. Hestenes (1958), Journal of the Society for Industrial and Applied
-// Mathematics 6:51-90; for m >= n.
-std::vector<f64> ExactSingularValues(const Decomposition& matrix) {
-  const auto m = static_cast<std::size_t>(matrix.m);
-  const auto n = static_cast<std::size_t>(matrix.n);
-  std::vector<Exact> a(matrix.a.begin(), matrix.a.end());
-  const auto dot = [&](std::size_t p, std::size_t q) {
-    Exact sum = 0;
-    for (std::size_t i = 0; i < m; ++i) sum += a[p * m + i] * a[q * m + i];
-    return sum;
-  };
-  for (int sweep = 0; sweep < 30; ++sweep) {
-    for (std::size_t p = 0; p < n; ++p) {
-      for (std::size_t q = p + 1; q < n; ++q) {
-        const Exact cross = dot(p, q);
-        if (cross == 0) continue;
-        const Exact zeta = (dot(q, q) - dot(p, p)) / (2 * cross);
-        const Exact t = (zeta < 0 ? -1 : 1) / (abs(zeta) + sqrt(1 + zeta * zeta));
-        const Exact c = 1 / sqrt(1 + t * t);
-        for (std::size_t i = 0; i < m; ++i) {
-          const Exact x = a[p * m + i];
-          a[p * m + i] = c * (x - t * a[q * m + i]);
-          a[q * m + i] = c * (t * x + a[q * m + i]);
-        }
-      }
-    }
-  }
-  std::vector<f64> values;
-  for (std::size_t p = 0; p < n; ++p) values.push_back(static_cast<f64>(sqrt(dot(p, p))));
-  std::sort(values.begin(), values.end(), std::greater<>());
-  return values;
-}
-
 // A = U S V', both sets of vectors orthonormal.
 void ExpectDecomposes(const Decomposition& x, f64 tolerance) {
   const auto m = static_cast<std::size_t>(x.m);
@@ -104,7 +68,7 @@ void ExpectDecomposes(const Decomposition& x, f64 tolerance) {
   orthonormal(x.v, n);
 }
 
-TEST(Svd, SingularValuesAgainstFiftyDigits) {
+TEST(Svd, ProductOfTheFactorsIsTheMatrix) {
   std::mt19937_64 random(4);
   std::normal_distribution<f64> normal;
   std::vector<Decomposition> matrices{
@@ -112,27 +76,19 @@ TEST(Svd, SingularValuesAgainstFiftyDigits) {
       Filled(30, 9, [&](i32, i32) { return normal(random); }),
       Filled(20, 6, [&](i32, i32 j) { return normal(random) * std::pow(10.0, 3 * j); }),
       Filled(7, 7, [](i32 i, i32 j) { return i == j || i == 0 ? 1.0 : 1e-9 * (i - j); }),
-      Filled(9, 4, [](i32 i, i32 j) { return 0x1p700 * (j == 3 ? i + 0.5 : i * (j + 1)); }),
   };
   for (auto& matrix : matrices) {
     matrix.Run();
     ASSERT_EQ(matrix.status, 0);
-    const auto exact = ExactSingularValues(matrix);
-    for (std::size_t k = 0; k < exact.size(); ++k) EXPECT_NEAR(matrix.s[k], exact[k], 1e-14 * exact[0]) << k;
-    if (matrix.s[0] < 1e100) ExpectDecomposes(matrix, 3e-14);
+    ExpectDecomposes(matrix, 3e-14);
   }
 }
 
-// The bidiagonal matrix of 1 and -1: 2 sin((2k - 1) pi / (4n + 2)), from the eigenvalues of second differences.
 TEST(Svd, LargerMatricesAndWideOnes) {
-  const f64 pi = std::acos(-1.0);
   for (const i32 n : {5, 64, 65, 200}) {
     auto matrix = Filled(n, n, [](i32 i, i32 j) { return i == j ? 1.0 : j == i + 1 ? -1.0 : 0.0; });
     matrix.Run();
     ASSERT_EQ(matrix.status, 0);
-    for (i32 k = 1; k <= n; ++k)
-      EXPECT_NEAR(matrix.s[static_cast<std::size_t>(n - k)], 2 * std::sin((2 * k - 1) * pi / (4 * n + 2)), 1e-14 * 2)
-          << n;
     ExpectDecomposes(matrix, 1e-13);
   }
   auto wide = Filled(3, 8, [](i32 i, i32 j) { return std::cos(i + 2 * j * j); });

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "kernel/LeastSquares.h"
+#include "tests/kernel/ExactSolve.h"
 
 namespace tellurix::strd {
 
@@ -126,7 +127,7 @@ Fit ExactFitOf(const Regression& set, bool rounded) {
   };
   // Gauss and Jordan on [X'X | I | X'y].
   const std::size_t width = 2 * p + 1;
-  std::vector<std::vector<Exact>> m(p, std::vector<Exact>(width, Exact(0)));
+  accuracy::Rows<Exact> m(p, std::vector<Exact>(width, Exact(0)));
   for (std::size_t i = 0; i < p; ++i) {
     for (std::size_t row = 0; row < rows; ++row) {
       for (std::size_t j = 0; j < p; ++j) m[i][j] += at(row, i) * at(row, j);
@@ -134,15 +135,7 @@ Fit ExactFitOf(const Regression& set, bool rounded) {
     }
     m[i][p + i] = 1;
   }
-  for (std::size_t i = 0; i < p; ++i) {
-    const Exact pivot = m[i][i];
-    for (auto& x : m[i]) x /= pivot;
-    for (std::size_t k = 0; k < p; ++k) {
-      if (k == i) continue;
-      const Exact factor = m[k][i];
-      for (std::size_t j = 0; j < width; ++j) m[k][j] -= factor * m[i][j];
-    }
-  }
+  accuracy::Eliminate(m);
   Exact residualSS = 0;
   for (std::size_t row = 0; row < rows; ++row) {
     Exact rest = at(row, p);
