@@ -6,7 +6,7 @@
 #include <limits>
 #include <vector>
 
-#include "kernel/Kernel.h"
+#include "tests/kernel/MatchedSets.h"
 
 namespace tellurix {
 namespace {
@@ -14,47 +14,7 @@ namespace {
 constexpr f64 Infinity = std::numeric_limits<f64>::infinity();
 constexpr f64 NaN = std::numeric_limits<f64>::quiet_NaN();
 
-struct Matched {
-  i32 columns;
-  std::vector<i32> stratum = {};
-  std::vector<i32> isCase = {};
-  std::vector<f64> covariates = {};  // by columns
-
-  std::vector<f64> b = {};
-  std::vector<f64> score = {};
-  std::vector<f64> information = {};
-  std::vector<f64> covariance = {};
-  ClmainFit fit = {};
-  i32 status = -1;
-
-  i32 Rows() const { return static_cast<i32>(stratum.size()); }
-  f64 X(i32 row, i32 column) const { return covariates[static_cast<std::size_t>(column * Rows() + row)]; }
-
-  Matched& Run(std::vector<f64> start, i32 iterations, f64 accuracy = 1e-12) {
-    const auto p = static_cast<std::size_t>(columns);
-    b = std::move(start);
-    score.assign(p, NaN);
-    information.assign(p * p, NaN);
-    covariance.assign(p * p, NaN);
-    fit = {b.data(), score.data(), information.data(), covariance.data(), NaN, -1, -1};
-    const ClmainData data{Rows(), columns, covariates.data(), Rows(), stratum.data(), isCase.data()};
-    CLMAIN(data, accuracy, iterations, fit, status);
-    return *this;
-  }
-};
-
-// Six sets of 4 to 16 members, by congruences.
-Matched SixSets() {
-  Matched data{3};
-  const i32 sizes[] = {5, 9, 12, 4, 14, 16};
-  for (i32 set = 0; set < 6; ++set)
-    data.stratum.insert(data.stratum.end(), static_cast<std::size_t>(sizes[set]), set + 1);
-  for (i32 i = 0; i < 60; ++i) data.covariates.push_back((7 * i * i + 3 * i) % 23 / 4.0);
-  for (i32 i = 0; i < 60; ++i) data.covariates.push_back((i * i * i + i) % 7);
-  for (i32 i = 0; i < 60; ++i) data.covariates.push_back(i % 3 == 1);
-  for (i32 i = 0; i < 60; ++i) data.isCase.push_back((5 * i * i + 11 * i) % 17 < 6 + 3 * (i % 3 == 1));
-  return data;
-}
+using namespace matched;
 
 // R 4.2.2, survival 3.5-3: clogit(d ~ x1 + x2 + x3 + strata(st), method = "exact", eps = 1e-14).
 TEST(ConditionalLikelihood, SeveralCasesInASet) {
@@ -77,67 +37,19 @@ TEST(ConditionalLikelihood, SeveralCasesInASet) {
   for (std::size_t j = 0; j < 9; ++j) EXPECT_NEAR(data.covariance[j], v[j], 1e-13);
 }
 
-// The probability of every choice of as many members as are cases, summed; its means and covariances.
 void ExpectEnumerated(Matched& data, const std::vector<f64>& b) {
-  const auto p = static_cast<std::size_t>(data.columns);
-  f64 value = 0;
-  std::vector<f64> score(p, 0.0);
-  std::vector<f64> information(p * p, 0.0);
-  for (i32 first = 0, end = 0; first < data.Rows(); first = end) {
-    unsigned cases = 0;
-    for (end = first; end < data.Rows() &&
-                      data.stratum[static_cast<std::size_t>(end)] == data.stratum[static_cast<std::size_t>(first)];
-         ++end) {
-      if (data.isCase[static_cast<std::size_t>(end)] == 1) cases |= 1u << (end - first);
-    }
-    const auto sums = [&](unsigned choice) {
-      std::vector<f64> sum(p, 0.0);
-      for (i32 row = first; row < end; ++row) {
-        for (std::size_t j = 0; (choice >> (row - first) & 1) == 1 && j < p; ++j)
-          sum[j] += data.X(row, static_cast<i32>(j));
-      }
-      return sum;
-    };
-    const auto eta = [&](const std::vector<f64>& sum) {
-      f64 total = 0;
-      for (std::size_t j = 0; j < p; ++j) total += b[j] * sum[j];
-      return total;
-    };
-    f64 whole = 0;
-    std::vector<f64> mean(p, 0.0);
-    std::vector<f64> square(p * p, 0.0);
-    for (unsigned choice = 0; choice < 1u << (end - first); ++choice) {
-      if (__builtin_popcount(choice) != __builtin_popcount(cases)) continue;
-      const auto sum = sums(choice);
-      const f64 weight = std::exp(eta(sum));
-      whole += weight;
-      for (std::size_t i = 0; i < p; ++i) {
-        mean[i] += weight * sum[i];
-        for (std::size_t j = 0; j < p; ++j) square[i * p + j] += weight * sum[i] * sum[j];
-      }
-    }
-    const auto chosen = sums(cases);
-    value += eta(chosen) - std::log(whole);
-    for (std::size_t i = 0; i < p; ++i) {
-      score[i] += chosen[i] - mean[i] / whole;
-      for (std::size_t j = 0; j < p; ++j)
-        information[i * p + j] += square[i * p + j] / whole - mean[i] / whole * (mean[j] / whole);
-    }
-  }
+  const Likelihood wanted = Enumerated(data, b);
   data.Run(b, 0);
   ASSERT_EQ(data.status, 0);
-  EXPECT_NEAR(data.fit.logLikelihood, value, 1e-11);
-  for (std::size_t i = 0; i < p; ++i) EXPECT_NEAR(data.score[i], score[i], 1e-11);
-  for (std::size_t i = 0; i < p * p; ++i) EXPECT_NEAR(data.information[i], information[i], 1e-10);
+  EXPECT_NEAR(data.fit.logLikelihood, wanted.value, 1e-11);
+  for (std::size_t i = 0; i < wanted.score.size(); ++i) EXPECT_NEAR(data.score[i], wanted.score[i], 1e-11);
+  for (std::size_t i = 0; i < wanted.information.size(); ++i)
+    EXPECT_NEAR(data.information[i], wanted.information[i], 1e-10);
 }
 
-TEST(ConditionalLikelihood, ValueScoreAndInformationByEnumeration) {
+// Cases and controls in any number are in TableRegions.cpp.
+TEST(ConditionalLikelihood, OneCaseASetAndSetsWithoutEitherGroup) {
   Matched data = SixSets();
-  ExpectEnumerated(data, {0.7, -0.4, 1.1});
-  // More cases than controls: the recursion goes over the controls.
-  for (auto& flag : data.isCase) flag = 1 - flag;
-  ExpectEnumerated(data, {-0.3, 0.5, -2});
-  // One case a set, and sets without either group.
   for (std::size_t i = 0; i < 60; ++i) {
     data.isCase[i] = i % 60 == 0 || data.stratum[i] != data.stratum[i == 0 ? 0 : i - 1];
     if (data.stratum[i] == 3) data.isCase[i] = 1;
@@ -146,23 +58,16 @@ TEST(ConditionalLikelihood, ValueScoreAndInformationByEnumeration) {
   ExpectEnumerated(data, {0.2, 0.1, 0.4});
 }
 
-// 1 : m sets with a known maximum: in pairs that differ by 1 in one covariate, b is the logarithm of the ratio of the
-// discordant pairs (N. E. Breslow & N. E. Day 1980, Statistical Methods in Cancer Research 1, 5.2).
-TEST(ConditionalLikelihood, PairsGiveTheRatioOfDiscordance) {
+// Pairs as in TableRegions.cpp.
+TEST(ConditionalLikelihood, CovariatesInOtherUnitsGiveCoefficientsInTheirs) {
   Matched data{1};
   for (i32 pair = 0; pair < 50; ++pair) {
     for (const i32 flag : {1, 0}) {
       data.stratum.push_back(pair);
       data.isCase.push_back(flag);
-      data.covariates.push_back(pair < 37 ? flag : 1 - flag);
+      data.covariates.push_back(1e9 + 1e-3 * (pair < 37 ? flag : 1 - flag));
     }
   }
-  data.Run({0}, 30);
-  ASSERT_EQ(data.status, 0);
-  EXPECT_NEAR(data.b[0], std::log(37.0 / 13), 1e-12);
-  EXPECT_NEAR(data.covariance[0], 1.0 / 37 + 1.0 / 13, 1e-13);
-  // Covariates in other units give coefficients in theirs.
-  for (auto& x : data.covariates) x = 1e9 + x * 1e-3;
   data.Run({0}, 30);
   ASSERT_EQ(data.status, 0);
   EXPECT_NEAR(data.b[0], 1e3 * std::log(37.0 / 13), 0.5);
