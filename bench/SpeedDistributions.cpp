@@ -105,6 +105,26 @@ void ThousandBino2(benchmark::State& state) {
 }
 BENCHMARK(ThousandBino2)->Unit(benchmark::kMillisecond);
 
+void MillionBinomid(benchmark::State& state) {
+  const auto draw = [](auto uniform) {
+    return BinomialArguments(std::round(LogBetween(10, 1e4, uniform())), uniform(), uniform());
+  };
+  Run(state, Drawn(draw), [](const Arguments& x) {
+    f64 oneSided = 0;
+    f64 twoSided = 0;
+    i32 ifault = 0;
+    BINOMID(static_cast<i32>(x.a), x.b, static_cast<i32>(x.c), oneSided, twoSided, ifault);
+    return twoSided;
+  });
+}
+BENCHMARK(MillionBinomid)->Unit(benchmark::kMillisecond);
+
+void MillionDpmach(benchmark::State& state) {
+  const auto arguments = Drawn([](auto uniform) { return Arguments{std::floor(5 * uniform()), 0, 0}; });
+  Run(state, arguments, [](const Arguments& x) { return DPMACH(static_cast<i32>(x.a)) * 1e-300; });
+}
+BENCHMARK(MillionDpmach)->Unit(benchmark::kMillisecond);
+
 void HundredThousandPnct(benchmark::State& state) {
   const auto draw = [](auto uniform) {
     const f64 delta = 20 * uniform() - 10;

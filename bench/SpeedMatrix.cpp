@@ -129,6 +129,24 @@ void WalkHalfAMillionAverages(benchmark::State& state) {
 }
 BENCHMARK(WalkHalfAMillionAverages)->Unit(benchmark::kMillisecond);
 
+// All differences of two samples of 700, in order.
+void WalkHalfAMillionDifferences(benchmark::State& state) {
+  constexpr i32 Count = 700;
+  auto a = Normals(Count, 4);
+  auto b = Normals(Count, 5);
+  tellurix::DxSortArray(a);
+  tellurix::DxSortArray(b);
+  std::vector<i32> next(Count);
+  std::vector<i32> heap(Count);
+  for (auto _ : state) {
+    PairWalk walk{0, 0, 0, next.data(), heap.data()};
+    f64 difference = 0;
+    while (walk.status == 0) FINDNEXT(walk, difference, a.data(), b.data(), Count, Count);
+    benchmark::DoNotOptimize(walk);
+  }
+}
+BENCHMARK(WalkHalfAMillionDifferences)->Unit(benchmark::kMillisecond);
+
 // A 5 by 5 table of 126.
 void ExactTestOfFiveByFive(benchmark::State& state) {
   const std::vector<f64> table{7, 4, 5, 3, 6, 4, 9, 3, 5, 4, 6, 3, 8, 4, 5, 5, 5, 3, 9, 4, 4, 5, 6, 4, 5};

@@ -2,6 +2,7 @@
 // bench/peers/Random.R.
 #include <benchmark/benchmark.h>
 
+#include "kernel/Kernel.h"
 #include "numeric/Rnd.h"
 
 namespace tellurix::bench {
@@ -24,6 +25,30 @@ void Run(benchmark::State& state, Draw draw) {
 
 // Parameters are tenths, so that the names of the benchmarks are whole numbers.
 double Tenths(const benchmark::State& state, int index) { return static_cast<double>(state.range(index)) / 10; }
+
+// The stream itself, and a thousand starts of it with its first number.
+void MillionMtrnd(benchmark::State& state) {
+  INITMTRND(7);
+  for (auto _ : state) {
+    double sum = 0;
+    for (int i = 0; i < Deviates; ++i) sum += MTRND();
+    benchmark::DoNotOptimize(sum);
+  }
+  state.SetItemsProcessed(state.iterations() * Deviates);
+}
+BENCHMARK(MillionMtrnd)->Unit(benchmark::kMillisecond);
+
+void ThousandInitmtrnd(benchmark::State& state) {
+  for (auto _ : state) {
+    double sum = 0;
+    for (int seed = 0; seed < 1000; ++seed) {
+      INITMTRND(seed);
+      sum += MTRND();
+    }
+    benchmark::DoNotOptimize(sum);
+  }
+}
+BENCHMARK(ThousandInitmtrnd)->Unit(benchmark::kMillisecond);
 
 void RandomUniform(benchmark::State& state) {
   Run(state, [](RndFamily& rnd) { return rnd.uniform.GenUni(); });

@@ -40,6 +40,35 @@ void ThousandQuantsr(benchmark::State& state) {
 }
 BENCHMARK(ThousandQuantsr)->Unit(benchmark::kMillisecond);
 
+// Two ranges at once.
+void ThousandDmca(benchmark::State& state) {
+  Run(state, 1000, [](int i) {
+    i32 ifault = 0;
+    f64 p = 0;
+    return DMCA(1 + 6 * First(i), static_cast<i32>(Samples(i)), Freedom(i), 2, p, ifault);
+  });
+}
+BENCHMARK(ThousandDmca)->Unit(benchmark::kMillisecond);
+
+void HundredPpq2(benchmark::State& state) {
+  Run(state, 100, [](int i) {
+    i32 ifault = 0;
+    f64 q = 0;
+    return PPQ2(0.001 + 0.5 * First(i), static_cast<i32>(Samples(i)), Freedom(i), 2, q, ifault);
+  });
+}
+BENCHMARK(HundredPpq2)->Unit(benchmark::kMillisecond);
+
+void ThousandDmcc(benchmark::State& state) {
+  const std::vector<i32> sizes{12, 8, 9, 10, 11};
+  Run(state, 1000, [&](int i) {
+    i32 ifault = 0;
+    f64 p = 0;
+    return DMCC(1 + 3 * First(i), 5, Freedom(i), sizes[0], p, ifault);
+  });
+}
+BENCHMARK(ThousandDmcc)->Unit(benchmark::kMillisecond);
+
 void ThousandPpd2(benchmark::State& state) {
   const std::vector<i32> sizes{12, 8, 9, 10, 11};
   Run(state, 1000, [&](int i) {
