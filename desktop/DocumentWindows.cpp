@@ -67,7 +67,9 @@ void WorksheetForm::ShowSummary(bool isInFront) {
   QString text;
   if (isInFront && view_->Grid()->Summary().count > 1) {
     const SelectionSummary& figures = view_->Grid()->Summary();
-    const auto shown = [](double value) { return QString::number(value, 'g', 10); };
+    const auto shown = [this](double value) {
+      return InRegion(QString::number(value, 'g', 10), view_->Grid()->RegionalSettings());
+    };
     text = QString("Sum %1   Mean %2   Count %3").arg(shown(figures.sum), shown(figures.mean)).arg(figures.count);
   }
   summary_->setText(text);

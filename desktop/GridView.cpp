@@ -582,8 +582,9 @@ void GridView::PaintText(QPainter& painter, const GridSpan& row, int column, int
   const QRect inside = cell.adjusted(Padding - 1, 0, -(Padding - 1), 0);
 
   if (type == NumberCell) {
-    painter.drawText(inside, flags,
-                     FittedNumber(workbook_, row.index, column, look && look->keepsDigits, metrics, inside.width()));
+    painter.drawText(
+        inside, flags,
+        FittedNumber(workbook_, regional_, row.index, column, look && look->keepsDigits, metrics, inside.width()));
   } else {
     QString text;
     if (view.type == TextCell) {
@@ -625,13 +626,18 @@ void GridView::PaintText(QPainter& painter, const GridSpan& row, int column, int
   if (look) painter.setFont(font());
 }
 
-QString FittedNumber(const Workbook& workbook, int row, int column, bool keepsDigits, const QFontMetrics& metrics,
-                     int width) {
+QString InRegion(QString number, const Regional& regional) {
+  return regional.decimalSymbol == "." ? number : number.replace(u'.', FromUtf8(regional.decimalSymbol));
+}
+
+QString FittedNumber(const Workbook& workbook, const Regional& regional, int row, int column, bool keepsDigits,
+                     const QFontMetrics& metrics, int width) {
   const QString shown = FromUtf8(workbook.FormattedTextRC(row, column));
   const auto fits = [&](const QString& text) { return metrics.horizontalAdvance(text) <= width; };
   // Most are so short that no measuring is needed.
-  if (shown.size() * std::max(metrics.horizontalAdvance(u'0'), metrics.horizontalAdvance(u'E')) <= width) return shown;
-  if (fits(shown)) return shown;
+  const bool isShort =
+      shown.size() * std::max(metrics.horizontalAdvance(u'0'), metrics.horizontalAdvance(u'E')) <= width;
+  if (isShort || fits(shown)) return InRegion(shown, regional);
   const double number = workbook.ReadRC(row, column).number;
   const auto byDigits = [&](int digits) { return fmt::format("{:.{}g}", number, digits); };
   if (shown.contains(u'.') && !keepsDigits) {
@@ -643,7 +649,7 @@ QString FittedNumber(const Workbook& workbook, int row, int column, bool keepsDi
         if (!scientific) break;
         continue;
       }
-      if (fits(text)) return text;
+      if (fits(text)) return InRegion(text, regional);
     }
   }
   return Marks(metrics, width);
@@ -770,7 +776,7 @@ bool GridView::viewportEvent(QEvent* event) {
     } else if (hit.area == Area::Cells) {
       place = CellRect(hit.row, hit.column);
       if (std::abs(workbook_.ReadRC(hit.row, hit.column).type) == NumberCell && place.contains(help->pos())) {
-        const QString shown = FromUtf8(workbook_.FormattedTextRC(hit.row, hit.column));
+        const QString shown = InRegion(FromUtf8(workbook_.FormattedTextRC(hit.row, hit.column)), regional_);
         if (QFontMetrics(font()).horizontalAdvance(shown) > place.width() - 2 * Padding) text = shown;
       }
     }

@@ -29,10 +29,13 @@ struct CellAppearance {
   bool keepsDigits = false;  // a number shows as its format says, or not at all
 };
 
+// The text of a number with the decimal symbol of the region.
+QString InRegion(QString number, const Regional& regional);
+
 // A number as displayed; with fewer decimals where they do not fit a width, with marks where not even its whole part
 // does, or where it must keep its digits.
-QString FittedNumber(const Workbook& workbook, int row, int column, bool keepsDigits, const QFontMetrics& metrics,
-                     int width);
+QString FittedNumber(const Workbook& workbook, const Regional& regional, int row, int column, bool keepsDigits,
+                     const QFontMetrics& metrics, int width);
 
 // Row heights, hidden rows, frozen panes and looks of the active sheet, for whoever keeps them.
 class GridLooks {

@@ -7,6 +7,7 @@
 #include <QPrintPreviewDialog>
 #include <QPrinter>
 #include <QPrinterInfo>
+#include <QStatusBar>
 #include <cmath>
 #include <optional>
 
@@ -81,7 +82,7 @@ void SetPrintArea(MainWindow& main, WorksheetForm& form) {
     said = RangeText(range) + " is what prints";
   }
   book.SetSettingsOfSheet(settings);
-  main.DesktopSession().host.SetStatus(said);
+  main.statusBar()->showMessage(QString::fromStdString(said));
 }
 
 // What prints, after an edit has ended; nothing after a message.
@@ -225,7 +226,8 @@ void PrintSheetOn(MainWindow& main, WorksheetForm& form) {
   dialog.setOption(QAbstractPrintDialog::PrintPageRange);
   if (dialog.exec() != QDialog::Accepted) return;
   BusyPointer(main.DesktopSession());
-  const int pages = PrintSheet(form.Book(), *range, printer, {printer.fromPage(), printer.toPage()});
+  const int pages = PrintSheet(form.Book(), main.DesktopSession().options.regional, *range, printer,
+                               {printer.fromPage(), printer.toPage()});
   NormalPointer(main.DesktopSession());
   if (pages < 0) main.Refuse("The sheet could not be printed.");
 }
@@ -239,7 +241,7 @@ void PreviewSheet(MainWindow& main, WorksheetForm& form) {
   dialog.resize(900, 700);
   QObject::connect(&dialog, &QPrintPreviewDialog::paintRequested, &dialog, [&](QPrinter* target) {
     int total = 0;
-    PrintSheet(form.Book(), *range, *target, {}, MostPreviewed, &total);
+    PrintSheet(form.Book(), main.DesktopSession().options.regional, *range, *target, {}, MostPreviewed, &total);
     dialog.setWindowTitle(total > MostPreviewed
                               ? QString("Print Preview (the first %1 of %2 pages)").arg(MostPreviewed).arg(total)
                               : QString("Print Preview"));

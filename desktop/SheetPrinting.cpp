@@ -40,8 +40,8 @@ std::vector<Strip> Strips(int first, int last, double room, SizeOf sizeOf) {
 
 class SheetPainter {
  public:
-  SheetPainter(const Workbook& workbook, const CellRange& range, QPagedPaintDevice& device)
-      : workbook_(workbook), settings_(workbook.SettingsOfSheet()), device_(device) {
+  SheetPainter(const Workbook& workbook, const Regional& regional, const CellRange& range, QPagedPaintDevice& device)
+      : workbook_(workbook), regional_(regional), settings_(workbook.SettingsOfSheet()), device_(device) {
     scale_ = device.logicalDpiY() / (PointsToPixels(7200) / 100.0);
     font_ = DefaultFont(workbook);
     font_.setPointSizeF(font_.pointSizeF() / scale_);
@@ -156,7 +156,8 @@ class SheetPainter {
     QString text;
     QRectF room = cell;
     if (type == NumberCell) {
-      text = FittedNumber(workbook_, row, column, look.keepsDigits, metrics, static_cast<int>(inside.width()));
+      text =
+          FittedNumber(workbook_, regional_, row, column, look.keepsDigits, metrics, static_cast<int>(inside.width()));
     } else if (type == LogicalCell) {
       text = Q(workbook_.FormattedTextRC(row, column));
     } else {
@@ -179,6 +180,7 @@ class SheetPainter {
   }
 
   const Workbook& workbook_;
+  const Regional& regional_;
   const SheetSettings& settings_;
   QPagedPaintDevice& device_;
   double scale_ = 1;  // pixels of the device in one of the screen
@@ -212,9 +214,9 @@ std::optional<CellRange> PrintedRange(const Workbook& workbook) {
   return CellRange{1, 1, workbook.LastRow(), workbook.LastCol()};
 }
 
-int PrintSheet(const Workbook& workbook, const CellRange& range, QPagedPaintDevice& device, PageRange pages,
-               int mostPages, int* total) {
-  const SheetPainter sheet(workbook, range, device);
+int PrintSheet(const Workbook& workbook, const Regional& regional, const CellRange& range, QPagedPaintDevice& device,
+               PageRange pages, int mostPages, int* total) {
+  const SheetPainter sheet(workbook, regional, range, device);
   const int count = sheet.Pages();
   if (total) *total = count;
   QPainter painter;

@@ -21,7 +21,7 @@ std::optional<CellRange> PrintedRange(const Workbook& workbook);
 // Draws cells of the active sheet page by page, those below first, then those to the right; hidden rows and columns
 // are left out. Each page ends with its number and the number of all pages, `total`. At most `mostPages` are drawn
 // (0: all). How many were; -1 when the device takes no painting.
-int PrintSheet(const Workbook& workbook, const CellRange& range, QPagedPaintDevice& device, PageRange pages = {},
-               int mostPages = 0, int* total = nullptr);
+int PrintSheet(const Workbook& workbook, const Regional& regional, const CellRange& range, QPagedPaintDevice& device,
+               PageRange pages = {}, int mostPages = 0, int* total = nullptr);
 
 }  // namespace tellurix

@@ -84,7 +84,7 @@ TEST(SheetPrinting, DividesTheSheetIntoPages) {
   ASSERT_EQ(range, (CellRange{1, 1, 100, 8}));
   PicturePages pages(1000, 1400);
   int total = 0;
-  const int drawn = PrintSheet(book, *range, pages, {}, 0, &total);
+  const int drawn = PrintSheet(book, Regional(), *range, pages, {}, 0, &total);
   EXPECT_EQ(drawn, total);
   EXPECT_EQ(pages.pages.size() + 1, static_cast<std::size_t>(total));
   // 100 rows of 15 points each, on pages of 1400 dots less headings and footer; likewise across.
@@ -94,11 +94,11 @@ TEST(SheetPrinting, DividesTheSheetIntoPages) {
   // Hidden rows take no room, and a range of pages is drawn alone.
   book.SetRowHeight(11, 100, 0);
   PicturePages fewer(1000, 1400);
-  EXPECT_EQ(PrintSheet(book, *range, fewer, {}, 0, &total), 2);
+  EXPECT_EQ(PrintSheet(book, Regional(), *range, fewer, {}, 0, &total), 2);
   EXPECT_EQ(total, 2);
-  EXPECT_EQ(PrintSheet(book, *range, fewer, {2, 2}), 1);
+  EXPECT_EQ(PrintSheet(book, Regional(), *range, fewer, {2, 2}), 1);
   book.SetRowHeight(1, 100, 0);
-  EXPECT_EQ(PrintSheet(book, *range, fewer), 0);
+  EXPECT_EQ(PrintSheet(book, Regional(), *range, fewer), 0);
   EXPECT_EQ(PrintedRange(Workbook()), std::nullopt);
 }
 
@@ -115,7 +115,7 @@ TEST(SheetPrinting, DrawsCellsAsTheyLook) {
   look.bold = true;
   book.SetLook({1, 1, 1, 2}, look);
   PicturePages pages(1200, 900);
-  ASSERT_EQ(PrintSheet(book, {1, 1, 6, 4}, pages), 1);
+  ASSERT_EQ(PrintSheet(book, Regional(), {1, 1, 6, 4}, pages), 1);
   const QImage page = pages.LastPage();
   if (const QString folder = qEnvironmentVariable("TELLURIX_PICTURES"); !folder.isEmpty()) {
     page.save(folder + "/sheet-printed.png");
@@ -132,7 +132,7 @@ TEST(SheetPrinting, DrawsCellsAsTheyLook) {
   settings.showsZeros = false;
   book.SetSettingsOfSheet(settings);
   PicturePages bare(1200, 900);
-  ASSERT_EQ(PrintSheet(book, {1, 1, 6, 4}, bare), 1);
+  ASSERT_EQ(PrintSheet(book, Regional(), {1, 1, 6, 4}, bare), 1);
   EXPECT_LT(DarkRows(bare.LastPage()), DarkRows(page));
   EXPECT_EQ(bare.LastPage().pixelColor(4, 4), QColor(Qt::yellow));  // the first cell stands in the corner
 }
@@ -147,7 +147,7 @@ TEST(SheetPrinting, FitsThePaper) {
     settings.printing.isLandscape = landscape;
     book.SetSettingsOfSheet(settings);
     writer.setPageLayout(ToPageLayout(PageOf(settings.printing)));
-    return PrintSheet(book, {1, 1, 200, 1}, writer);
+    return PrintSheet(book, Regional(), {1, 1, 200, 1}, writer);
   };
   // A4 less 2 cm at each end holds 728 points of height, 481 of them lying; 15 a row, about 3 for headings and footer.
   EXPECT_EQ(pagesOn(false), (200 + 44) / 45);

@@ -281,6 +281,16 @@ TEST_F(WorksheetViewTest, EditsInPlace) {
   EXPECT_EQ(book.TextRC(2, 2), "pending");
 }
 
+TEST_F(WorksheetViewTest, ShowsNumbersWithTheRegionsSymbol) {
+  book.NumberRC(1, 1, 2.25);
+  book.NumberRC(2, 1, 1.0 / 3);
+  const QFontMetrics metrics(grid->font());
+  const Regional comma{",", "."};
+  EXPECT_EQ(FittedNumber(book, comma, 1, 1, false, metrics, 200), "2,25");
+  EXPECT_EQ(FittedNumber(book, comma, 2, 1, false, metrics, metrics.horizontalAdvance("0.3333")), "0,3333");
+  EXPECT_EQ(FittedNumber(book, regional, 1, 1, false, metrics, 200), "2.25");
+}
+
 TEST_F(WorksheetViewTest, KeepsAnEditThroughScrollingAndLongTexts) {
   Click(Cell(2, 2));
   Type("1");
