@@ -56,6 +56,14 @@ std::vector<std::vector<std::string>> CellsOf(const QTableWidget& table) {
   return cells;
 }
 
+// A text that has become longer takes more lines: the open window grows by them.
+void GrowToText(QWidget& window) {
+  if (!window.isVisible()) return;
+  window.layout()->activate();
+  const int needed = window.layout()->totalHeightForWidth(window.width());
+  if (needed > window.height()) window.resize(window.width(), needed);
+}
+
 }  // namespace
 
 FormDialog::FormDialog(Form& form, QWidget* owner, std::function<void(int)> showHelp)
@@ -279,6 +287,7 @@ void FormDialog::RefreshControl(const Shown& shown, const Control& control) {
   switch (shown.kind) {
     case ControlKind::Label:
       static_cast<QLabel*>(shown.widget)->setText(Q(PlainCaption(control.caption)));
+      GrowToText(*this);
       break;
     case ControlKind::Text: {
       auto* edit = static_cast<QLineEdit*>(shown.widget);
