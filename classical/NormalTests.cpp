@@ -2,12 +2,11 @@
 
 #include <cmath>
 #include <optional>
-#include <span>
-#include <vector>
 
 #include "numeric/ColumnStats.h"
 #include "numeric/Missing.h"
 #include "numeric/Probability.h"
+#include "numeric/Summary.h"
 #include "numeric/TwoMeans.h"
 #include "session/Skeleton.h"
 #include "session/TwoSamples.h"
@@ -15,13 +14,6 @@
 namespace tellurix {
 
 namespace {
-
-// The two-sided critical value of the normal distribution.
-double NormalCriticalValue(double confidence) {
-  double z = 0, alpha = 0;
-  CriticalValue(0, z, confidence, alpha);
-  return z;
-}
 
 struct ZResult {
   double from = MissingValue;  // confidence limits of the difference
@@ -37,17 +29,6 @@ ZResult ComputeZ(double difference, double standardError, double confidence) {
   result.to = difference + critical * standardError;
   if (standardError != 0) result.z = difference / standardError;
   return result;
-}
-
-// MissingValue when a value is 0 or less.
-double GeometricMean(std::span<const double> values) {
-  std::vector<double> logs;
-  for (const double x : values) {
-    if (x == MissingValue) continue;
-    if (x <= 0) return MissingValue;
-    logs.push_back(std::log(x));
-  }
-  return std::exp(ComputeColumnStats(logs).mean);
 }
 
 struct Population {
@@ -88,6 +69,8 @@ void SingleSampleZ(Session& session) {
     const double standardError = sd == MissingValue ? MissingValue : sd / std::sqrt(sample.n);
     const ZResult result = ComputeZ(sample.mean - population->mean, standardError, *confidence);
     const double spread = sd == MissingValue ? MissingValue : NormalCriticalValue(*confidence) * sd;
+    Summary summary;
+    summary.FullSummaryFromX(values, "", *confidence, 0, 0);
     merge.SetField("name", session.data.ColumnInfo.front().Title);
     merge.SetField("mean", format.FormatStatistic(sample.mean));
     merge.SetField("pop_mean", format.FormatStatistic(population->mean));
@@ -100,7 +83,7 @@ void SingleSampleZ(Session& session) {
     merge.SetField("to", format.FormatStatistic(result.to));
     merge.SetField("z", format.FormatStatistic(result.z));
     SetPFields(merge, format, result.z);
-    merge.SetField("gmean", format.FormatStatistic(GeometricMean(values)));
+    merge.SetField("gmean", format.FormatStatistic(summary.geometricMean));
     merge.SetField("pc2", format.FormatValue(*confidence * 100, 2));
     merge.SetField("lrr", format.FormatStatistic(spread == MissingValue ? MissingValue : sample.mean - spread));
     merge.SetField("urr", format.FormatStatistic(spread == MissingValue ? MissingValue : sample.mean + spread));

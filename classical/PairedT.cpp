@@ -77,10 +77,10 @@ PairedTResult ComputePairedT(const ColumnStats& differences, double confidence) 
   if (differences.sd == MissingValue) return result;
   const std::int32_t df = differences.n - 1;
   result.sem = differences.sd / std::sqrt(differences.n);
-  double z = 0, critical = 0, alpha = 0;
-  CriticalValue(0, z, confidence, alpha);
+  const double z = NormalCriticalValue(confidence);
   result.agreementFrom = differences.mean - z * differences.sd;
   result.agreementTo = differences.mean + z * differences.sd;
+  double critical = 0, alpha = 0;
   CriticalValue(df, critical, confidence, alpha);
   result.from = differences.mean - critical * result.sem;
   result.to = differences.mean + critical * result.sem;

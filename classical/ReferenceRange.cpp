@@ -7,8 +7,9 @@
 #include "numeric/ColumnStats.h"
 #include "numeric/Missing.h"
 #include "numeric/Probability.h"
-#include "numeric/Quantile.h"
+#include "numeric/QuantileInterval.h"
 #include "numeric/Sorting.h"
+#include "numeric/Summary.h"
 #include "session/Skeleton.h"
 
 namespace tellurix {
@@ -33,12 +34,6 @@ bool AskOptions(Session& session, RangeOptions& options) {
   return true;
 }
 
-double NormalCriticalValue(double share) {
-  double z = 0, alpha = 0;
-  CriticalValue(0, z, share, alpha);
-  return z;
-}
-
 void SetInterval(TemplateMerge& merge, const Formatter& format, double share, double middle, double halfWidth) {
   merge.SetField("pc", format.FormatValue(share * 100, 2));
   merge.SetField("from", format.FormatStatistic(middle - halfWidth));
@@ -59,7 +54,7 @@ void SetNormalLimits(TemplateMerge& merge, const Formatter& format, const Column
 }
 
 void SetQuantile(TemplateMerge& merge, const Formatter& format, const std::vector<double>& sorted, double p,
-                 const RangeOptions& options) {
+                 double quantile, const RangeOptions& options) {
   const auto n = static_cast<std::int32_t>(sorted.size());
   const QuantileRanks ranks = QuantileInterval(n, p, options.confidence, options.conservative);
   const auto limit = [&](std::int32_t rank, bool isCapped) {
@@ -74,7 +69,7 @@ void SetQuantile(TemplateMerge& merge, const Formatter& format, const std::vecto
   Value coverage = format.FormatStatistic(ranks.coverage * 100);
   coverage.text = "Exact coverage = " + coverage.text + "%";
   merge.SetField("qx", format.FormatStatistic(p));
-  merge.SetField("qxv", format.FormatStatistic(InterpolatedQuantile(sorted, p)));
+  merge.SetField("qxv", format.FormatStatistic(quantile));
   merge.SetField("pc", format.FormatValue(options.confidence * 100, 2));
   merge.SetField("type", options.conservative ? "(conservative)" : "(non-conservative)");
   merge.SetField("from", limit(ranks.lower, ranks.lowerIsCapped));
@@ -103,9 +98,12 @@ void ReferenceRange(Session& session) {
     merge.SetField("size", format.FormatValue(stats.n, 0));
     merge.SetField("sd", format.FormatStatistic(stats.sd));
     SetNormalLimits(merge, format, stats, options);
+    Summary summary;
+    summary.CentileType = 2;  // at place p(n + 1)
+    summary.FullSummaryFromXSort(sorted, "", options.confidence, 0, 0);
     for (const double p : {(1 - options.reference) / 2, (1 + options.reference) / 2}) {
       merge.BlockRepeat();
-      SetQuantile(merge, format, sorted, p, options);
+      SetQuantile(merge, format, sorted, p, summary.Quantile(p), options);
     }
     merge.BlockDrop();
   });

@@ -49,6 +49,12 @@ void CriticalValue(std::int32_t df, double& criticalValue, double confidence, do
   }
 }
 
+double NormalCriticalValue(double confidence) {
+  double z = 0, alpha = 0;
+  CriticalValue(0, z, confidence, alpha);
+  return z;
+}
+
 double FoldP(double p) { return AnyMissing(p) ? MissingValue : std::min(p, 1 - p); }
 
 double OneSidedP(double z) { return AnyMissing(z) ? MissingValue : OrMissing(kernel::NormalTails(std::fabs(z)).upper); }

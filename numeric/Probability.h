@@ -20,6 +20,9 @@ double UpperPFromT(double t, double df);
 // freedom, of the normal distribution when df is 0. `alpha` is 1 - confidence. A negative df has no critical value.
 void CriticalValue(std::int32_t df, double& criticalValue, double confidence, double& alpha);
 
+// The two-sided critical value of the normal distribution alone; MissingValue for a confidence outside (0, 1).
+double NormalCriticalValue(double confidence);
+
 // The smaller of p and 1 - p.
 double FoldP(double p);
 

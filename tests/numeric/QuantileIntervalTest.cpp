@@ -1,11 +1,8 @@
-#include "numeric/Quantile.h"
+#include "numeric/QuantileInterval.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <vector>
-
-#include "numeric/Missing.h"
 
 namespace tellurix {
 namespace {
@@ -59,17 +56,6 @@ TEST(QuantileInterval, CoverageIsThatOfTheRanks) {
       }
     }
   }
-}
-
-TEST(InterpolatedQuantile, StaysWithinTheData) {
-  const std::vector<double> x{1, 2, 4, 8};
-  EXPECT_EQ(InterpolatedQuantile(x, 0), 1);
-  EXPECT_EQ(InterpolatedQuantile(x, 0.1), 1);
-  EXPECT_EQ(InterpolatedQuantile(x, 0.25), 1.25);
-  EXPECT_EQ(InterpolatedQuantile(x, 0.5), 3);
-  EXPECT_EQ(InterpolatedQuantile(x, 0.9), 8);
-  EXPECT_EQ(InterpolatedQuantile(x, 1), 8);
-  EXPECT_EQ(InterpolatedQuantile({}, 0.5), MissingValue);
 }
 
 }  // namespace

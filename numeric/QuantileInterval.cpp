@@ -1,10 +1,8 @@
-#include "numeric/Quantile.h"
+#include "numeric/QuantileInterval.h"
 
 #include <algorithm>
-#include <cmath>
 
 #include "kernel/Kernel.h"
-#include "numeric/Missing.h"
 
 namespace tellurix {
 
@@ -43,18 +41,6 @@ std::int32_t LeastCount(std::int32_t n, Condition holds) {
 }
 
 }  // namespace
-
-double InterpolatedQuantile(std::span<const double> sorted, double p) {
-  if (sorted.empty()) return MissingValue;
-  const double n = static_cast<double>(sorted.size());
-  const double position = std::clamp(p * (n + 1), 1.0, n);
-  const double whole = std::floor(position);
-  const double low = sorted[static_cast<std::size_t>(whole) - 1];
-  if (whole == n || whole == position) return low;
-  const double high = sorted[static_cast<std::size_t>(whole)];
-  const double share = position - whole;
-  return (1 - share) * low + share * high;
-}
 
 QuantileRanks QuantileInterval(std::int32_t n, double p, double confidence, bool conservative) {
   const double tail = (1 - confidence) / 2;

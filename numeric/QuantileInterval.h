@@ -1,14 +1,9 @@
-// A quantile of a sample, and its confidence interval from the ranks, which supposes nothing of the distribution.
+// The confidence interval of a quantile from the ranks of a sample, which supposes nothing of the distribution.
 #pragma once
 
 #include <cstdint>
-#include <span>
 
 namespace tellurix {
-
-// The quantile of probability p (0 to 1) of values in rising order, at position p(n + 1) with interpolation between
-// neighbours, held within the data. MissingValue without values.
-double InterpolatedQuantile(std::span<const double> sorted, double p);
 
 struct QuantileRanks {
   bool isPossible = false;  // otherwise nothing below holds
