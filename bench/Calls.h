@@ -38,6 +38,14 @@ void Run(benchmark::State& state, const std::vector<Arguments>& arguments, Call 
   state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(arguments.size()));
 }
 
+inline std::vector<f64> Normals(std::size_t count, unsigned seed) {
+  std::mt19937_64 random(seed);
+  std::normal_distribution<f64> normal;
+  std::vector<f64> values(count);
+  for (auto& x : values) x = normal(random);
+  return values;
+}
+
 inline f64 LogBetween(f64 low, f64 high, f64 u) { return low * std::pow(high / low, u); }
 
 }  // namespace tellurix::bench

@@ -77,10 +77,15 @@ Arguments BinomialArguments(f64 n, f64 p, f64 u) {
   return {n, p, std::clamp(k, 0.0, n)};
 }
 
+std::vector<Arguments> DrawnBinomials(int calls) {
+  const auto draw = [](auto uniform) {
+    return BinomialArguments(std::round(LogBetween(10, 1e4, uniform())), uniform(), uniform());
+  };
+  return Drawn(draw, calls);
+}
+
 void MillionBino(benchmark::State& state) {
-  const auto arguments = Drawn(
-      [](auto uniform) { return BinomialArguments(std::round(LogBetween(10, 1e4, uniform())), uniform(), uniform()); });
-  Run(state, arguments, [](const Arguments& x) {
+  Run(state, DrawnBinomials(1'000'000), [](const Arguments& x) {
     f64 exactly = 0;
     f64 orFewer = 0;
     f64 orMore = 0;
@@ -92,10 +97,7 @@ void MillionBino(benchmark::State& state) {
 BENCHMARK(MillionBino)->Unit(benchmark::kMillisecond);
 
 void ThousandBino2(benchmark::State& state) {
-  const auto draw = [](auto uniform) {
-    return BinomialArguments(std::round(LogBetween(10, 1e4, uniform())), uniform(), uniform());
-  };
-  Run(state, Drawn(draw, 1000), [](const Arguments& x) {
+  Run(state, DrawnBinomials(1000), [](const Arguments& x) {
     f64 oneSided = 0;
     f64 twoSided = 0;
     i32 ifault = 0;
@@ -106,10 +108,7 @@ void ThousandBino2(benchmark::State& state) {
 BENCHMARK(ThousandBino2)->Unit(benchmark::kMillisecond);
 
 void MillionBinomid(benchmark::State& state) {
-  const auto draw = [](auto uniform) {
-    return BinomialArguments(std::round(LogBetween(10, 1e4, uniform())), uniform(), uniform());
-  };
-  Run(state, Drawn(draw), [](const Arguments& x) {
+  Run(state, DrawnBinomials(1'000'000), [](const Arguments& x) {
     f64 oneSided = 0;
     f64 twoSided = 0;
     i32 ifault = 0;

@@ -2,20 +2,13 @@
 #include <benchmark/benchmark.h>
 
 #include <cmath>
-#include <random>
 #include <vector>
 
-#include "kernel/Kernel.h"
+#include "bench/Calls.h"
 
 namespace {
 
-std::vector<f64> Normals(std::size_t count, unsigned seed) {
-  std::mt19937_64 random(seed);
-  std::normal_distribution<f64> normal;
-  std::vector<f64> values(count);
-  for (auto& x : values) x = normal(random);
-  return values;
-}
+using tellurix::bench::Normals;
 
 // A correlation matrix of p variables, p by p, each pair correlated by a half.
 std::vector<f64> Correlations(i32 p) {

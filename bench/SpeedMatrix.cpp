@@ -2,10 +2,10 @@
 #include <benchmark/benchmark.h>
 
 #include <cmath>
-#include <random>
 #include <span>
 #include <vector>
 
+#include "bench/Calls.h"
 #include "kernel/NormalScores.h"
 #include "numeric/Sorting.h"
 
@@ -13,13 +13,7 @@ namespace {
 
 constexpr i32 Million = 1'000'000;
 
-std::vector<f64> Normals(std::size_t count, unsigned seed) {
-  std::mt19937_64 random(seed);
-  std::normal_distribution<f64> normal;
-  std::vector<f64> values(count);
-  for (auto& x : values) x = normal(random);
-  return values;
-}
+using tellurix::bench::Normals;
 
 void RankMillion(benchmark::State& state) {
   const auto data = Normals(Million, 1);
