@@ -57,7 +57,7 @@ Region PoissonMeanRegion(i32 which, const std::string& name) {
   return AtMost(
       500, {"POISSONI", name, 1e-12, 1e-15, [=](Random& random) -> std::optional<Point> {
               const i32 n = static_cast<i32>(LogUniform(random, 1, 1e4));
-              // Above the likeliest mean the probability of exactly n has no inverse.
+              // No mean makes exactly n likelier than the mean n does.
               const double most = std::exp(n * std::log(n) - n - std::lgamma(n + 1.0));
               double p = LogUniform(random, 1e-12, 0.5);
               if (which == 3) p *= most;

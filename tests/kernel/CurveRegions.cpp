@@ -211,7 +211,7 @@ std::vector<f64> OrderedSample(Random& random, std::size_t most) {
   return data;
 }
 
-// Whether a walk from `first` on gives the wanted values in their order and then its end.
+// Whether a walk gives the wanted values in their order and then its end.
 template <typename Next>
 bool Walks(std::size_t rows, std::vector<f64> wanted, Next next) {
   std::vector<i32> places(rows);

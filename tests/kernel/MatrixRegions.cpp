@@ -1,8 +1,8 @@
 // Regions of least squares, on the certified sets and against 100 digits; of singular values, inverses and orders.
 
 #include <algorithm>
-#include <boost/multiprecision/cpp_bin_float.hpp>
 #include <cmath>
+#include <functional>
 #include <numeric>
 
 #include "tests/kernel/AccuracyRegions.h"
@@ -251,8 +251,8 @@ std::vector<Region> MatrixRegions() {
   regions.push_back(AwkwardSvdRegion());
   regions.push_back(DrawnSvdRegion());
   regions.push_back(LargeSvdRegion());
-  regions.push_back(InverseRegion(10, 1e-12, "1 to 8 rows, inflation to about 1e2, 50 digits"));
-  regions.push_back(InverseRegion(1e6, 1e-8, "1 to 8 rows, inflation to about 1e7, 50 digits"));
+  regions.push_back(InverseRegion(10, 1e-12, "1 to 8 rows, inflation to 1e2, 50 digits, of the diagonal"));
+  regions.push_back(InverseRegion(1e6, 1e-8, "1 to 8 rows, inflation to 1e7, 50 digits, of the diagonal"));
   regions.push_back(RiskSetRegion());
   return regions;
 }

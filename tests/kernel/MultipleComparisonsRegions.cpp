@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <boost/math/quadrature/gauss_kronrod.hpp>
 #include <cmath>
+#include <iterator>
 
 #include "kernel/Kernel.h"
 #include "tests/kernel/AccuracyRegions.h"

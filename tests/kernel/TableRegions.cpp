@@ -225,7 +225,7 @@ std::array<Rows<Real>, 3> Contrasts(const std::vector<f64>& rowScores, const std
 Region StrataRegion() {
   return AtMost(
       30,
-      {"GENCMH", "1 to 4 strata of 2 by 2 to 4 by 4, matrices in 50 digits", 1e-12, 0,
+      {"GENCMH", "1 to 4 strata of 2 by 2 to 4 by 4, 50-digit matrices, of 1 + Q", 1e-12, 0,
        [](Random& random) -> std::optional<Point> {
          const std::size_t rows = 2 + random() % 3;
          const std::size_t columns = 2 + random() % 3;
