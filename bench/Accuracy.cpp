@@ -11,11 +11,11 @@ int main(int argc, char** argv) {
       "Errors, relative unless the region says otherwise, against 50-digit values (which agree with other methods to\n"
       "%.1e), exact counts, enumeration and certified figures\n\n",
       ReferenceDisagreement());
-  std::printf("%-18s %-58s %6s %9s %9s %9s  %s\n", "function", "region", "points", "worst", "promised", "median",
+  std::printf("%-18s %-64s %6s %9s %9s %9s  %s\n", "function", "region", "points", "worst", "promised", "median",
               "worst at");
   bool kept = true;
   for (const RegionResult& row : MeasureRegions(points)) {
-    std::printf("%-18s %-58s %6d %9.1e %9.0e %9.1e  (%s)\n", row.function.c_str(), row.region.c_str(), row.points,
+    std::printf("%-18s %-64s %6d %9.1e %9.0e %9.1e  (%s)\n", row.function.c_str(), row.region.c_str(), row.points,
                 row.worst, row.worstBound, row.median, row.worstPoint.c_str());
     kept = kept && row.IsKept();
   }
