@@ -23,7 +23,7 @@ unset QT_QPA_PLATFORM
 
 shown() { xwininfo -root -tree 2>/dev/null | grep -q "$1"; }
 await() {
-  for _ in $(seq 150); do shown "$1" && return 0; sleep 0.1; done
+  for _ in $(seq 300); do shown "$1" && return 0; sleep 0.1; done
   echo "$2"
   exit 1
 }
