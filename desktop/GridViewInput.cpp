@@ -742,7 +742,8 @@ void GridView::keyPressEvent(QKeyEvent* event) {
       break;
   }
   const QString text = event->text();
-  const bool types = !text.isEmpty() && text.at(0).isPrint() && (!control || alt);
+  // Both modifiers together stand for AltGr; one alone is a shortcut or an access key.
+  const bool types = !text.isEmpty() && text.at(0).isPrint() && control == alt;
   if (types && StartEdit(&text, false, false)) return;
   event->ignore();
 }

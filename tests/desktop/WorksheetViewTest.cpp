@@ -235,6 +235,15 @@ TEST_F(WorksheetViewTest, GoesToTheLastRow) {
 
 // --- editing ---
 
+TEST_F(WorksheetViewTest, AnAccessKeyIsNoText) {
+  const std::string before = book.TextRC(book.ActiveRow(), book.ActiveColumn());
+  QKeyEvent key(QEvent::KeyPress, Qt::Key_F, Qt::AltModifier, "f");
+  QApplication::sendEvent(grid, &key);
+  EXPECT_FALSE(key.isAccepted());
+  EXPECT_FALSE(grid->Editor()->isVisible());
+  EXPECT_EQ(book.TextRC(book.ActiveRow(), book.ActiveColumn()), before);
+}
+
 TEST_F(WorksheetViewTest, EditsInPlace) {
   book.NumberRC(2, 2, 1.0 / 3);
   book.ClearHistory();
