@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <system_error>
 
 namespace tellurix {
@@ -59,8 +60,9 @@ void RemoveLeftovers(const fs::path& target) {
     if (!entry->path().filename().string().starts_with(prefix)) continue;
     const int handle = open(entry->path().c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW);
     if (handle < 0) continue;
-    // Whoever is still writing holds the lock.
-    if (flock(handle, LOCK_EX | LOCK_NB) == 0) unlink(entry->path().c_str());
+    // Whoever is still writing holds the lock. What was opened may have taken its target's name by now, and its own
+    // name be that of a newer file.
+    if (flock(handle, LOCK_EX | LOCK_NB) == 0 && HasName(handle, entry->path())) unlink(entry->path().c_str());
     close(handle);
   }
 }
@@ -78,7 +80,8 @@ FileBeside::FileBeside(const fs::path& target) : target_(EndOfLinks(target)) {
 
 bool FileBeside::Make() {
   for (int n = 0; n < MostNames; ++n) {
-    path_ = FolderOf(target_) / fmt::format("{}{}-{}", BesidePrefix(target_), getpid(), n);
+    const auto now = std::chrono::steady_clock::now().time_since_epoch().count();  // a name is not used again
+    path_ = FolderOf(target_) / fmt::format("{}{}-{}-{}", BesidePrefix(target_), getpid(), now, n);
     handle_ = open(path_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (handle_ < 0 && errno != EEXIST) break;
     if (handle_ < 0) continue;
