@@ -4,29 +4,11 @@
 set -eu
 program=$1
 source=$2
-home=$(mktemp -d)
-xvfb= desktop=
-cleanup() {
-  [ -z "$desktop" ] || kill "$desktop" 2>/dev/null || true
-  [ -z "$xvfb" ] || kill "$xvfb" 2>/dev/null || true
-  rm -rf "$home"
-}
-trap cleanup EXIT
-export HOME="$home" XDG_CONFIG_HOME="$home/config" XDG_RUNTIME_DIR="$home/run"
-mkdir -m 0700 "$XDG_RUNTIME_DIR"
-
-Xvfb -displayfd 3 -screen 0 1280x900x24 -nolisten tcp 3>"$home/display" 2>/dev/null &
-xvfb=$!
-for _ in $(seq 100); do [ -s "$home/display" ] && break; sleep 0.1; done
-DISPLAY=:$(cat "$home/display")
-export DISPLAY
-unset QT_QPA_PLATFORM
+. "$(dirname "$0")/display.sh"
 
 "$program" "$source/Data/sleep.csv" &
 desktop=$!
-shown() { xwininfo -root -tree 2>/dev/null | grep -q "$1"; }
-for _ in $(seq 150); do shown '"Tellurix' && break; sleep 0.1; done
-shown '"Tellurix' || { echo "no window came up"; exit 1; }
+await '"Tellurix' "no window came up"
 [ "$(stat -c %a "$XDG_RUNTIME_DIR/TellurixDDE")" = 700 ] || { echo "the link socket is not the user's own"; exit 1; }
 
 # A second start hands its file over and ends.
