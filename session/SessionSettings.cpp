@@ -128,6 +128,13 @@ int IntegerSetting(const Settings& settings, std::string_view section, std::stri
   return ReadNumber(text, {}) && value >= low && value <= high ? value : ParseInteger(SettingDefault(section, key));
 }
 
+std::string FolderText(const std::filesystem::path& folder) { return folder.empty() ? "" : (folder / "").string(); }
+
+std::filesystem::path FolderFromText(std::string_view text) {
+  const std::filesystem::path folder(text);
+  return folder.has_filename() || !folder.has_relative_path() ? folder : folder.parent_path();
+}
+
 const std::vector<std::string>& PlacedForms() {
   static const std::vector<std::string> forms{"TLCalc", "Analysis", "Formula", "pdf", "Regress", "Varform"};
   return forms;
@@ -139,7 +146,7 @@ void LoadSettings(Session& session) {
     return IntegerSetting(session.settings, "Analyses", key, low, high);
   };
   const std::string data = SettingValue(session.settings, "Paths", "Data");
-  if (!data.empty()) session.paths.data = data;
+  if (!data.empty()) session.paths.data = FolderFromText(data);
   options.DefaultCI = read("DefaultConfidence", 0, 99);
   options.UseGroupID = read("UseGroupID", -1, 1) != 0;
   options.DecimalPlaces = read("DecimalPlaces", 2, 12);

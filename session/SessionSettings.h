@@ -1,6 +1,7 @@
 // The settings file: every key with its default, and the way between it and the session.
 #pragma once
 
+#include <filesystem>
 #include <span>
 #include <string>
 #include <string_view>
@@ -29,6 +30,10 @@ std::string SettingValue(const Settings& settings, std::string_view section, std
 // The same as an integer: the default stands for what is no number or not in [low, high]. For keys with a numeric
 // default.
 int IntegerSetting(const Settings& settings, std::string_view section, std::string_view key, int low, int high);
+
+// A folder as the settings file holds it, a separator at its end, and back.
+std::string FolderText(const std::filesystem::path& folder);
+std::filesystem::path FolderFromText(std::string_view text);
 
 // The windows that keep a place of their own, by their section.
 const std::vector<std::string>& PlacedForms();

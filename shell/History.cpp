@@ -57,7 +57,7 @@ void AddToHistory(Session& session, const fs::path& file) {
   rows.insert(rows.begin(), HistoryRow{"", absolute});
   session.paths.data = absolute.parent_path();
   auto values = AsSettings(std::move(rows));
-  values.push_back({"Paths", "Data", session.paths.data.string()});
+  values.push_back({"Paths", "Data", FolderText(session.paths.data)});
   session.settings.SetIniValues(values);
 }
 

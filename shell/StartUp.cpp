@@ -69,7 +69,7 @@ void WriteFirstSettings(Session& session) {
     first.push_back({"FileHistory", "Caption1", SettingDefault("FileHistory", "Caption1")});
     first.push_back({"FileHistory", "Path1", sample.string()});
   }
-  first.push_back({"Paths", "Data", (paths.user / "data").string()});
+  first.push_back({"Paths", "Data", FolderText(paths.user / "data")});
   for (int n = 1; n <= 4; ++n) {
     const std::string caption = fmt::format("Caption{}", n), line = fmt::format("CommandLine{}", n);
     const std::string command = SettingDefault("Tools", line);
@@ -82,7 +82,7 @@ void WriteFirstSettings(Session& session) {
 }
 
 void FindHelp(Session& session) {
-  const fs::path folder = SettingValue(session.settings, "Paths", "Help");
+  const fs::path folder = FolderFromText(SettingValue(session.settings, "Paths", "Help"));
   std::error_code error;
   if (!folder.empty() && fs::is_directory(folder, error)) session.paths.help = folder;
 }

@@ -75,6 +75,7 @@ TEST_F(StartUpTest, AFirstStartMakesTheUsersFolderAndItsSettings) {
   EXPECT_EQ(session.paths.data, folder / "user/data");
   EXPECT_EQ(session.paths.help, folder / "program/Help");
   const auto value = [&](const char* section, const char* key) { return settings.GetIniValue(section, key, "none"); };
+  EXPECT_EQ(value("Paths", "Data"), (folder / "user/data/").string());
   EXPECT_EQ(value("MainWindow", "R1"), "0");
   EXPECT_EQ(value("MainWindow", "State"), "2");
   for (const char* form : {"TLCalc", "Analysis", "Formula", "pdf", "Regress", "Varform"}) {
@@ -98,7 +99,7 @@ TEST_F(StartUpTest, ALaterStartLeavesWhatTheUserHas) {
   settings.SetIniValue("Tools", "Caption1", "");
   WriteTestFile(folder / "user/Tellurix.tlw", "my own");
   fs::create_directories(folder / "help");
-  settings.SetIniValue("Paths", "Help", (folder / "help").string());
+  settings.SetIniValue("Paths", "Help", (folder / "help/").string());
   ASSERT_TRUE(Start());
   EXPECT_EQ(session.options.DecimalPlaces, 9);
   EXPECT_EQ(settings.GetIniValue("Tools", "Caption1", "none"), "");
@@ -192,6 +193,7 @@ TEST_F(StartUpTest, TheHistoryHoldsFourFilesTheNewestFirst) {
   AddToHistory(session, folder / "x/../c.csv");
   EXPECT_EQ(shown(), "&1 c.csv|&2 e.csv|&3 d.csv|&4 b.csv|");
   EXPECT_EQ(session.paths.data, folder.Path());
+  EXPECT_EQ(settings.GetIniValue("Paths", "Data", ""), (folder.Path() / "").string());
   RemoveFromHistory(session, folder / "e.csv");
   EXPECT_EQ(shown(), "&1 c.csv|&2 d.csv|&3 b.csv|");
   EXPECT_EQ(settings.GetIniValue("FileHistory", "Caption4", "none"), "");
