@@ -454,7 +454,7 @@ bool WriteXlsx(const Workbook& workbook, const std::filesystem::path& path, std:
   XlsxPackage package(workbook, zip);
   package.Write();
   if (!zip.Close()) {
-    problem = "The file could not be written.";
+    problem = zip.Problem();
     return false;
   }
   if (package.HasTooLongText()) {

@@ -3,7 +3,8 @@
 #include <zip.h>
 #include <zlib.h>
 
-#include <algorithm>
+#include <cerrno>
+#include <system_error>
 
 namespace tellurix {
 
@@ -15,11 +16,16 @@ constexpr int Zip64 = 1;
 }  // namespace
 
 ZipFile::ZipFile(const std::filesystem::path& path) : zip_(zipOpen64(path.c_str(), APPEND_STATUS_CREATE)) {
-  good_ = zip_ != nullptr;
+  Check(zip_ != nullptr);
 }
 
 ZipFile::~ZipFile() {
   if (zip_) Close();
+}
+
+void ZipFile::Check(bool isDone) {
+  if (good_ && !isDone) problem_ = "The file could not be written: " + std::generic_category().message(errno) + ".";
+  good_ = good_ && isDone;
 }
 
 void ZipFile::Begin(const char* part) {
@@ -27,8 +33,8 @@ void ZipFile::Begin(const char* part) {
   if (!good_) return;
   zip_fileinfo info{};
   info.tmz_date = {0, 0, 0, 1, 0, 1980};  // no time of the day in the file: alike workbooks are alike files
-  good_ = zipOpenNewFileInZip64(zip_, part, &info, nullptr, 0, nullptr, 0, nullptr, Z_DEFLATED, Z_BEST_SPEED, Zip64) ==
-          ZIP_OK;
+  Check(zipOpenNewFileInZip64(zip_, part, &info, nullptr, 0, nullptr, 0, nullptr, Z_DEFLATED, Z_BEST_SPEED, Zip64) ==
+        ZIP_OK);
   inPart_ = good_;
 }
 
@@ -38,20 +44,20 @@ void ZipFile::Write(std::string_view bytes) {
 }
 
 void ZipFile::Flush() {
-  good_ = good_ && zipWriteInFileInZip(zip_, held_.data(), static_cast<unsigned>(held_.size())) == ZIP_OK;
+  if (good_) Check(zipWriteInFileInZip(zip_, held_.data(), static_cast<unsigned>(held_.size())) == ZIP_OK);
   held_.clear();
 }
 
 void ZipFile::EndPart() {
   if (!inPart_) return;
   Flush();
-  good_ = zipCloseFileInZip(zip_) == ZIP_OK && good_;
+  Check(zipCloseFileInZip(zip_) == ZIP_OK);
   inPart_ = false;
 }
 
 bool ZipFile::Close() {
   EndPart();
-  if (zip_) good_ = zipClose(zip_, nullptr) == ZIP_OK && good_;
+  if (zip_) Check(zipClose(zip_, nullptr) == ZIP_OK);
   zip_ = nullptr;
   return good_;
 }

@@ -17,15 +17,18 @@ class ZipFile {
   void Begin(const char* part);        // ends the one before
   void Write(std::string_view bytes);  // to the part that was begun
   bool Close();                        // false when anything has failed since the start
+  const std::string& Problem() const { return problem_; }
 
  private:
   void EndPart();
   void Flush();
+  void Check(bool isDone);  // keeps the system's words for the first failure
 
   void* zip_ = nullptr;
   bool inPart_ = false;
   bool good_ = true;
   std::string held_;
+  std::string problem_;
 };
 
 }  // namespace tellurix
