@@ -51,7 +51,8 @@ bool TextFile::Open(const fs::path& path, std::string& problem) {
     return false;
   }
   std::setvbuf(file_.get(), nullptr, _IONBF, 0);  // whole chunks are asked for
-  size_ = static_cast<double>(std::max<std::uintmax_t>(fs::file_size(path, error), 1));
+  size_ = static_cast<double>(fs::file_size(path, error));
+  if (error) size_ = 0;
   buffer_.resize(ChunkBytes);
   return true;
 }
@@ -84,7 +85,7 @@ bool TextFile::Read(std::string_view& chunk, std::string& problem) {
   return true;
 }
 
-double TextFile::Share() const { return std::min(done_ / size_, 1.0); }
+double TextFile::Share() const { return done_ < size_ ? done_ / size_ : 1.0; }
 
 bool TextFile::Fill(std::string& problem) {
   filled_ = std::fread(buffer_.data(), 1, buffer_.size(), file_.get());
@@ -93,6 +94,10 @@ bool TextFile::Fill(std::string& problem) {
     return false;
   }
   done_ += static_cast<double>(filled_);
+  if (filled_ == 0 && done_ < size_) {
+    problem = fmt::format("\"{}\" became shorter while it was read.", name_);
+    return false;
+  }
   return true;
 }
 

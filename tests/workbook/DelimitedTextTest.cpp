@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <functional>
 #include <optional>
 #include <random>
 #include <sstream>
@@ -202,6 +203,25 @@ TEST_F(DelimitedText, StopsWhenTold) {
   EXPECT_EQ(polls, 2);
   EXPECT_EQ(error_, "");
   EXPECT_EQ(book_.LastRow(), 0);
+}
+
+TEST_F(DelimitedText, AFileThatChangesWhileItIsReadIsReadWholeOrRefused) {
+  book_.TextRC(2, 3, "before");
+  std::string bytes;
+  while (bytes.size() < (3u << 20)) bytes += "1,2,3\n";
+  const auto readAnd = [&](const std::function<void()>& change) {
+    Save(bytes);
+    int polls = 0;
+    return ReadDelimited(path_, book_, {}, error_, [&](std::string_view, double) {
+      if (++polls == 1) change();
+      return true;
+    });
+  };
+  EXPECT_FALSE(readAnd([&] { fs::resize_file(path_, 1u << 20); }));
+  EXPECT_NE(error_.find("shorter"), std::string::npos) << error_;
+  EXPECT_EQ(book_.TextRC(2, 3), "before");
+  EXPECT_TRUE(readAnd([&] { fs::remove(path_); }));
+  EXPECT_EQ(book_.LastRow(), static_cast<int>(bytes.size() / 6));
 }
 
 TEST_F(DelimitedText, WhatIsWrittenReadsBack) {
