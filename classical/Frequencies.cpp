@@ -1,11 +1,6 @@
 #include "classical/Frequencies.h"
 
-#include <algorithm>
-#include <limits>
-#include <tuple>
-
-#include "numeric/Missing.h"
-#include "numeric/Regional.h"
+#include "numeric/CategoryOrder.h"
 #include "numeric/Text.h"
 #include "session/Skeleton.h"
 
@@ -19,8 +14,6 @@ constexpr int PercentPlaces = 2;
 
 struct CategoryRow {
   std::string name;
-  double number;  // numbers come first, in their order, then texts
-  std::string key;
   int frequency;
 };
 
@@ -32,20 +25,16 @@ struct FrequencyTable {
 
 FrequencyTable Tabulate(const ColumnDescriptor& info, const Regional& regional) {
   FrequencyTable table;
-  for (std::size_t i = 0; i < info.CategoryName.size(); ++i) {
+  for (const std::size_t i : CategoryOrder(info.CategoryName, regional)) {
     const std::string& name = info.CategoryName[i];
     const int frequency = info.CategoryFreq[i];
     if (EqualNoCase(name, MissingCategory)) {
       table.missing = frequency;
       continue;
     }
-    const double number = ReadNumber(name, regional).value_or(std::numeric_limits<double>::infinity());
-    table.rows.push_back({name, number, FoldCase(name), frequency});
+    table.rows.push_back({name, frequency});
     table.n += frequency;
   }
-  std::ranges::sort(table.rows, [](const CategoryRow& a, const CategoryRow& b) {
-    return std::tie(a.number, a.key) < std::tie(b.number, b.key);
-  });
   return table;
 }
 

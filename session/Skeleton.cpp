@@ -60,6 +60,16 @@ bool WriteReport(Session& session, std::string_view templateName,
   return merge.InsertMergedText(*report);
 }
 
+bool WriteColumns(Session& session, std::span<const OutputColumn> block, const SheetRoom& room) {
+  constexpr int TitleRow = 1;
+  OutputColumns output(session.host, session.documents, session.prompts, session.results);
+  int columns = static_cast<int>(block.size());
+  const bool written =
+      output.FitsRows(block, TitleRow) && output.GetOutputColumns(columns, room) && output.Write(block, TitleRow);
+  AfterDataCommand(session);
+  return written;
+}
+
 void AfterDataCommand(Session& session) { NormalPointer(session); }
 
 bool ShowProgress(Session& session, std::string_view label, double share) {

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <span>
 #include <string_view>
 
 #include "report/Report.h"
@@ -48,6 +49,10 @@ Report* EnsureReport(Session& session, bool wantsNew = false);
 // their order, and inserts the merged text. False when the user cancelled, or was told what is wrong.
 bool WriteReport(Session& session, std::string_view templateName,
                  const std::function<void(TemplateMerge& merge, const Formatter& format)>& feed);
+
+// The last steps of a command of the Data menu: asks where the columns go, writes them under their titles in row 1, and
+// closes the command. False, and nothing changed, when cancelled or when they do not fit.
+bool WriteColumns(Session& session, std::span<const OutputColumn> block, const SheetRoom& room = {});
 
 // Closes a command of the Data menu.
 void AfterDataCommand(Session& session);

@@ -1,19 +1,32 @@
 #include "workbook/OutputColumns.h"
 
 #include <algorithm>
+#include <limits>
 
 #include "numeric/Missing.h"
-#include "workbook/Workbook.h"
 
 namespace tellurix {
 
 namespace {
 
-constexpr int MaxOutputColumns = 256;
 constexpr const char* OutputTitle = "Saving Data to Workbook";
 constexpr const char* Reserved = "        ";  // eight blanks mark a column as used
 
 std::size_t RowsOf(const OutputColumn& column) { return std::max(column.values.size(), column.texts.size()); }
+
+std::size_t HeightOf(std::span<const OutputColumn> block) {
+  std::size_t height = 0;
+  for (const OutputColumn& column : block) height = std::max(height, RowsOf(column));
+  return height;
+}
+
+int FirstValueRow(int row) { return std::max(row, 0) + 1; }
+
+// As the workbook takes a column: what is not finite is written as "*".
+std::vector<double> WithMissingAsNaN(std::vector<double> values) {
+  std::ranges::replace(values, MissingValue, std::numeric_limits<double>::quiet_NaN());
+  return values;
+}
 
 }  // namespace
 
@@ -29,7 +42,7 @@ OutputColumns::~OutputColumns() {
   grid_->EndStep();
 }
 
-bool OutputColumns::GetOutputColumns(int& columns) {
+bool OutputColumns::GetOutputColumns(int& columns, const SheetRoom& room) {
   const int wanted = columns;
   if (documents_.WorkbookCount() == 0) {
     grid_ = &documents_.NewWorkbook();
@@ -51,7 +64,12 @@ bool OutputColumns::GetOutputColumns(int& columns) {
       workbook.Sheet(row.sheet);
       used = workbook.LastCol();
     }
-    const bool isFull = wanted + used >= MaxOutputColumns;
+    const bool isFull = wanted + used > room.lastColumn;
+    if (isFull && !room.whenFull.empty()) {
+      const NormalPointerHere pointer(host_);
+      host_.ShowMessage({.text = std::string(room.whenFull), .title = OutputTitle, .style = WarningIcon});
+      return false;
+    }
     if (isFull || (row.sheet > 0 && documents_.WorkbookAt(row.workbook).SheetLocked())) {
       const NormalPointerHere pointer(host_);
       host_.ShowMessage({.text = isFull ? "The worksheet does not contain enough free columns, please select another."
@@ -73,18 +91,18 @@ bool OutputColumns::GetOutputColumns(int& columns) {
   }
 }
 
+bool OutputColumns::FitsRows(std::span<const OutputColumn> block, int row) const {
+  if (HeightOf(block) <= static_cast<std::size_t>(GridStore::MaxRows - FirstValueRow(row) + 1)) return true;
+  const NormalPointerHere pointer(host_);
+  host_.ShowMessage({.text = "The worksheet does not contain enough free rows for the result.",
+                     .title = OutputTitle,
+                     .style = WarningIcon});
+  return false;
+}
+
 bool OutputColumns::Write(std::span<const OutputColumn> block, int row) {
-  if (!grid_ || block.empty()) return false;
-  std::size_t height = 0;
-  for (const OutputColumn& column : block) height = std::max(height, RowsOf(column));
-  const int firstValueRow = std::max(row, 0) + 1;
-  if (height > static_cast<std::size_t>(GridStore::MaxRows - firstValueRow + 1)) {
-    const NormalPointerHere pointer(host_);
-    host_.ShowMessage({.text = "The worksheet does not contain enough free rows for the result.",
-                       .title = OutputTitle,
-                       .style = WarningIcon});
-    return false;
-  }
+  if (!grid_ || block.empty() || !FitsRows(block, row)) return false;
+  const int firstValueRow = FirstValueRow(row);
   for (std::size_t k = 0; k < block.size(); ++k) {
     const OutputColumn& column = block[k];
     const int target = before_ + static_cast<int>(k) + 1;
@@ -94,23 +112,16 @@ bool OutputColumns::Write(std::span<const OutputColumn> block, int row) {
     } else {
       grid_->TextRC(row, target, column.title);
     }
-    int cell = firstValueRow;
     if (column.texts.empty()) {
-      for (const double value : column.values) {
-        if (value != MissingValue) {
-          grid_->NumberRC(cell++, target, value);
-        } else {
-          grid_->TextRC(cell++, target, "*");
-        }
-      }
+      grid_->SetColumnNumbers(target, firstValueRow, WithMissingAsNaN(column.values));
     } else {
-      for (const std::string& text : column.texts) grid_->TextRC(cell++, target, text);
+      grid_->SetColumnTexts(target, firstValueRow, column.texts);
     }
     results_.Current().columns.push_back(
         {documents_.SheetNames(workbook_)[static_cast<std::size_t>(grid_->Sheet() - 1)], column.title, column.values});
   }
   results_.Current().delivered = true;
-  const int lastRow = std::max(1, firstValueRow + static_cast<int>(height) - 1);
+  const int lastRow = std::max(1, firstValueRow + static_cast<int>(HeightOf(block)) - 1);
   const CellRange written{1, before_ + 1, lastRow, before_ + static_cast<int>(block.size())};
   grid_->SetColWidthAuto(written, true);
   grid_->SetSelection(written);

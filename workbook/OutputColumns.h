@@ -10,7 +10,7 @@
 #include "host/Host.h"
 #include "host/Results.h"
 #include "report/Prompts.h"
-#include "workbook/GridStore.h"
+#include "workbook/Workbook.h"
 
 namespace tellurix {
 
@@ -18,6 +18,13 @@ struct OutputColumn {
   std::string title;               // the command's prefix and the source column's title
   std::vector<double> values;      // MissingValue is written as "*"
   std::vector<std::string> texts;  // instead of values where not empty
+};
+
+// The room for columns that a command counts on.
+struct SheetRoom {
+  int lastColumn = 255;  // that may hold anything, the new ones included
+  std::string_view whenFull =
+      {};  // says that a sheet has no room and ends the command; empty: another sheet is asked for
 };
 
 class OutputColumns {
@@ -28,21 +35,24 @@ class OutputColumns {
   OutputColumns& operator=(const OutputColumns&) = delete;
 
   // Asks where to write `columns` result columns and reserves them; then `columns` is the number of the column before
-  // the block. False when cancelled. Sheets with 256 or more columns used, the new ones included, are refused.
-  bool GetOutputColumns(int& columns);
+  // the block. False when cancelled. Sheets without room are refused.
+  bool GetOutputColumns(int& columns, const SheetRoom& room = {});
 
   // Writes the columns of the block: the titles in row `row`, or as headings when it is below 1, the values under them.
   // False, with a message and nothing written, when they do not fit the sheet.
   bool Write(std::span<const OutputColumn> block, int row);
 
-  GridStore* Grid() const { return grid_; }
+  // Whether columns so high fit under a title in row `row`; a message when they do not.
+  bool FitsRows(std::span<const OutputColumn> block, int row) const;
+
+  Workbook* Grid() const { return grid_; }
 
  private:
   Host& host_;
   Documents& documents_;
   Prompts& prompts_;
   ResultsLog& results_;
-  GridStore* grid_ = nullptr;
+  Workbook* grid_ = nullptr;
   int workbook_ = 0;
   int before_ = 0;    // the column before the block
   int reserved_ = 0;  // its columns that hold blanks

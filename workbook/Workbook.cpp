@@ -467,14 +467,17 @@ bool Workbook::SetColumnNumbers(int column, int firstRow, std::span<const double
   if (values.empty()) return true;
   const AutoStep step(*this, "Fill");
   CellColumn& cells = ForMany(column);
+  const TextRef missing = texts_->Intern(MissingMark);
   const int count = static_cast<int>(values.size());
   for (int i = 0; i < count;) {
     int end = i;
     while (end < count && std::isfinite(values[static_cast<std::size_t>(end)])) ++end;
     cells.Set(firstRow + i, values.subspan(static_cast<std::size_t>(i), static_cast<std::size_t>(end - i)));
-    for (i = end; i < count && !std::isfinite(values[static_cast<std::size_t>(i)]); ++i) {
-      cells.Set(firstRow + i, texts_->Intern(MissingMark));
-    }
+    i = end;
+    while (end < count && !std::isfinite(values[static_cast<std::size_t>(end)])) ++end;
+    const std::vector<TextRef> marks(static_cast<std::size_t>(end - i), missing);
+    cells.Set(firstRow + i, std::span<const TextRef>(marks));
+    i = end;
   }
   TouchCells(firstRow, column, firstRow + count - 1, column, true);
   return true;
