@@ -17,7 +17,12 @@
 #include "host/Form.h"
 #include "numeric/Text.h"
 #include "shell/FileCommands.h"
+#include "workbook/data/Categorise.h"
+#include "workbook/data/CombineSplit.h"
+#include "workbook/data/DummyVariables.h"
 #include "workbook/data/RandomNumbers.h"
+#include "workbook/data/Tabulation.h"
+#include "workbook/data/TextToNumbers.h"
 
 namespace tellurix {
 
@@ -146,23 +151,23 @@ constexpr Row Rows[] = {
     {"&Data/&Pairwise/&Differences", "M_Pairwise(0)", 1026, Sheet},
     {"&Data/&Pairwise/&Means", "M_Pairwise(1)", 1027, Sheet},
     {"&Data/&Pairwise/&Slopes", "M_Pairwise(2)", 1028, Sheet},
-    {"&Data/&Grouping/&Categorise", "M_Grouping(0)", 1029, Sheet},
+    {"&Data/&Grouping/&Categorise", "M_Grouping(0)", 1029, Sheet, Categorise},
     {"&Data/&Grouping/&Extract", "M_Grouping(1)", 1030, Sheet},
-    {"&Data/&Grouping/C&ombine", "M_Grouping(2)", 1031, Sheet},
-    {"&Data/&Grouping/&Split", "M_Grouping(3)", 1032, Sheet},
-    {"&Data/&Grouping/&Tabulate", "M_Grouping(4)", 1033, Sheet},
-    {"&Data/&Grouping/&Detabulate", "M_Grouping(5)", 1034, Sheet},
+    {"&Data/&Grouping/C&ombine", "M_Grouping(2)", 1031, Sheet, CombineColumns},
+    {"&Data/&Grouping/&Split", "M_Grouping(3)", 1032, Sheet, SplitColumns},
+    {"&Data/&Grouping/&Tabulate", "M_Grouping(4)", 1033, Sheet, Tabulate},
+    {"&Data/&Grouping/&Detabulate", "M_Grouping(5)", 1034, Sheet, Detabulate},
     {"&Data/&Apply Function", "M_Datax(0)", 1035, Sheet},
     {"&Data/&Clear Missing Data", "M_Datax(1)", 1036, Sheet},
     {"&Data/&Date && Time Intervals", "M_Datax(2)", 1037, Sheet},
-    {"&Data/Dummy &Variables", "M_Datax(3)", 1038, Sheet},
+    {"&Data/Dummy &Variables", "M_Datax(3)", 1038, Sheet, MakeDummyVariables},
     {"&Data/&Fill Series", "M_Datax(4)", 1039, Sheet},
     {"&Data/&Normal Scores", "M_Datax(5)", 1040, Sheet},
     {"&Data/Ran&k", "M_Datax(6)", 1041, Sheet},
     {"&Data/Rotate Data &Block", "M_Datax(7)", 1042, Sheet},
     {"&Data/S&earch && Replace", "M_Datax(8)", 1043, Sheet},
     {"&Data/Standard&ization", "M_Datax(9)", 1044, Sheet},
-    {"&Data/Te&xt to Numbers", "M_Datax(10)", 1045, Sheet},
+    {"&Data/Te&xt to Numbers", "M_Datax(10)", 1045, Sheet, TextToNumbers},
     {"&Analysis/&Exact Tests on Counts/&Sign", "M_Exact(0)", 2000, Screen},
     {"&Analysis/&Exact Tests on Counts/&Fisher", "M_Exact(1)", 2001, Screen},
     {"&Analysis/&Exact Tests on Counts/&Expanded Fisher", "M_Exact(2)", 2002, Screen},

@@ -1,0 +1,36 @@
+#include "workbook/data/Alongside.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "numeric/Missing.h"
+#include "session/Skeleton.h"
+
+namespace tellurix {
+
+bool SelectAlongside(Session& session, const ColumnDescriptor& first, SelectionMode mode, int maxColumns,
+                     std::string_view prompt) {
+  const ColumnDescriptor reference = first;  // which may be of the selection that is overwritten
+  DataSelection& data = session.data;
+  const auto logged = session.results.Current().selection.size();
+  for (;;) {
+    data.ClearGridSelection();
+    if (!data.SelectWorksheetData(mode, 1, maxColumns, prompt)) return false;
+    const auto goesWith = [&](const ColumnDescriptor& info) {
+      return info.Count == reference.Count || info.StartRow == reference.StartRow;
+    };
+    if (std::ranges::all_of(data.ColumnInfo, goesWith)) return true;
+    session.results.Current().selection.resize(logged);
+    std::string text = fmt::format("Error: all columns selected must be {} rows long.", reference.Count);
+    if (mode < ModeCategorical) text += "\n\nThe rows must contain numeric data not text.";
+    ShowMessage(session, text, WarningIcon, "Worksheet Data Selection");
+  }
+}
+
+double ValueAt(const DataSelection& data, std::size_t column, std::size_t position) {
+  if (position >= static_cast<std::size_t>(data.ColumnInfo[column].Count)) return MissingValue;
+  return data.DataMatrix[column][position];
+}
+
+}  // namespace tellurix

@@ -1,0 +1,77 @@
+#include "workbook/data/CombineSplit.h"
+
+#include <fmt/format.h>
+
+#include <set>
+
+#include "numeric/Missing.h"
+#include "numeric/Text.h"
+#include "session/Skeleton.h"
+#include "workbook/data/Alongside.h"
+
+namespace tellurix {
+
+namespace {
+
+constexpr int MaxDataColumns = 200;
+
+// The titles of the columns, each one different from the others: "x", "x (2)".
+std::vector<std::string> GroupNames(const std::vector<ColumnDescriptor>& columns) {
+  std::vector<std::string> names;
+  std::set<std::string> taken;
+  for (const ColumnDescriptor& info : columns) {
+    std::string name = info.Title;
+    for (int k = 2; !taken.insert(FoldCase(name)).second; ++k) name = fmt::format("{} ({})", info.Title, k);
+    names.push_back(std::move(name));
+  }
+  return names;
+}
+
+}  // namespace
+
+void CombineColumns(Session& session) {
+  DataSelection& data = session.data;
+  if (!data.SelectWorksheetData(ModeNumericRows, 1, MaxDataColumns, "Select columns to COMBINE")) return;
+  BusyPointer(session);
+  OutputColumn values{.title = "Data"}, groups{.title = "Group ID"};
+  const std::vector<std::string> names = GroupNames(data.ColumnInfo);
+  for (std::size_t k = 0; k < names.size(); ++k) {
+    const auto count = data.ColumnInfo[k].Count;
+    values.values.insert(values.values.end(), data.DataMatrix[k].begin(), data.DataMatrix[k].begin() + count);
+    groups.texts.insert(groups.texts.end(), static_cast<std::size_t>(count), names[k]);
+  }
+  if (values.values.empty()) return RefuseNonNumericData(session);
+  const OutputColumn block[] = {std::move(values), std::move(groups)};
+  WriteColumns(session, block);
+}
+
+void SplitColumns(Session& session) {
+  DataSelection& data = session.data;
+  if (!data.SelectWorksheetData(ModeCategoricalTrimmed, 1, 1, "Select GROUP IDENTIFIERS")) return;
+  const ColumnDescriptor identifier = data.ColumnInfo.front();
+  const std::vector<double> codes = data.DataMatrix.front();
+  std::vector<std::size_t> groups;  // the categories but for the missing one, as codes - 1
+  for (std::size_t k = 0; k < identifier.CategoryName.size(); ++k) {
+    if (!EqualNoCase(identifier.CategoryName[k], MissingCategory)) groups.push_back(k);
+  }
+  ShowMessage(session, fmt::format("Number of groups = {}", groups.size()), InformationIcon, "Group Splitter");
+  if (groups.empty()) return;
+  if (!SelectAlongside(session, identifier, ModeNumericRows, MaxDataColumns, "Select data to SPLIT BY GROUP")) return;
+
+  BusyPointer(session);
+  std::vector<OutputColumn> block;
+  for (std::size_t column = 0; column < data.ColumnInfo.size(); ++column) {
+    std::vector<OutputColumn> split(identifier.CategoryName.size());
+    for (std::size_t row = 0; row < static_cast<std::size_t>(identifier.Count); ++row) {
+      if (codes[row] == MissingValue) continue;
+      split[static_cast<std::size_t>(codes[row]) - 1].values.push_back(ValueAt(data, column, row));
+    }
+    for (const std::size_t group : groups) {
+      split[group].title = data.ColumnInfo[column].Title + "~" + identifier.CategoryName[group];
+      block.push_back(std::move(split[group]));
+    }
+  }
+  WriteColumns(session, block);
+}
+
+}  // namespace tellurix
