@@ -10,8 +10,8 @@
 
 #include "numeric/Regional.h"
 #include "numeric/Rnd.h"
-#include "numeric/Rounding.h"
 #include "session/Skeleton.h"
+#include "workbook/data/NewColumns.h"
 
 namespace tellurix {
 
@@ -221,8 +221,7 @@ void FillRandomNumbers(Session& session, RandomLaw wanted) {
 
   BusyPointer(session);
   const std::int32_t seed = NewSeed(session);
-  const auto text = [&](double x) { return Localized(GeneralText(x), session.options.regional); };
-  const std::string title = fmt::format(fmt::runtime(law.title), seed, text(a), text(b));
+  const std::string title = fmt::format(fmt::runtime(law.title), seed, NumberText(session, a), NumberText(session, b));
   RndFamily rnd;
   rnd.uniform.Seed(seed);
   std::vector<OutputColumn> block(static_cast<std::size_t>(*columns), OutputColumn{.title = title});
@@ -230,12 +229,7 @@ void FillRandomNumbers(Session& session, RandomLaw wanted) {
     column.values.resize(static_cast<std::size_t>(*rows));
     for (double& value : column.values) value = law.draw(rnd, a, b);
   }
-
-  OutputColumns output(session.host, session.documents, session.prompts, session.results);
-  int reserved = *columns;
-  if (!output.GetOutputColumns(reserved)) return;
-  output.Write(block, 1);
-  AfterDataCommand(session);
+  WriteNewColumns(session, block, 1);
 }
 
 }  // namespace tellurix
