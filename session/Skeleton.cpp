@@ -60,12 +60,11 @@ bool WriteReport(Session& session, std::string_view templateName,
   return merge.InsertMergedText(*report);
 }
 
-bool WriteColumns(Session& session, std::span<const OutputColumn> block, const SheetRoom& room) {
-  constexpr int TitleRow = 1;
+bool WriteColumns(Session& session, std::span<const OutputColumn> block, const SheetRoom& room, int titleRow) {
   OutputColumns output(session.host, session.documents, session.prompts, session.results);
   int columns = static_cast<int>(block.size());
   const bool written =
-      output.FitsRows(block, TitleRow) && output.GetOutputColumns(columns, room) && output.Write(block, TitleRow);
+      output.FitsRows(block, titleRow) && output.GetOutputColumns(columns, room) && output.Write(block, titleRow);
   AfterDataCommand(session);
   return written;
 }

@@ -50,9 +50,10 @@ Report* EnsureReport(Session& session, bool wantsNew = false);
 bool WriteReport(Session& session, std::string_view templateName,
                  const std::function<void(TemplateMerge& merge, const Formatter& format)>& feed);
 
-// The last steps of a command of the Data menu: asks where the columns go, writes them under their titles in row 1, and
-// closes the command. False, and nothing changed, when cancelled or when they do not fit.
-bool WriteColumns(Session& session, std::span<const OutputColumn> block, const SheetRoom& room = {});
+// The last steps of a command of the Data menu: asks where the columns go, writes them under their titles in the
+// worksheet row `titleRow` (headings when it is below 1), and closes the command. False, and nothing changed, when
+// cancelled or when they do not fit.
+bool WriteColumns(Session& session, std::span<const OutputColumn> block, const SheetRoom& room = {}, int titleRow = 1);
 
 // Closes a command of the Data menu.
 void AfterDataCommand(Session& session);

@@ -32,11 +32,7 @@ std::optional<std::vector<NumberColumn>> SelectNumbers(Session& session, std::st
 }
 
 bool WriteNewColumns(Session& session, std::span<const OutputColumn> block, int titleRow) {
-  OutputColumns output(session.host, session.documents, session.prompts, session.results);
-  int columns = static_cast<int>(block.size());
-  if (!output.GetOutputColumns(columns) || !output.Write(block, titleRow)) return false;
-  AfterDataCommand(session);
-  return true;
+  return WriteColumns(session, block, {}, titleRow);
 }
 
 bool WriteNewColumns(Session& session, std::vector<NumberColumn> columns) {
