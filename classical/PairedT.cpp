@@ -4,14 +4,17 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "graphics/AgreementPlot.h"
 #include "numeric/ColumnStats.h"
 #include "numeric/Missing.h"
 #include "numeric/Power.h"
 #include "numeric/Probability.h"
+#include "session/ReportGraphics.h"
 #include "session/Skeleton.h"
 
 namespace tellurix {
@@ -92,11 +95,31 @@ PairedTResult ComputePairedT(const ColumnStats& differences, double confidence) 
   return result;
 }
 
-// The plot of the differences against the means of the pairs belongs behind these limits.
 void SetAgreement(TemplateMerge& merge, const Formatter& format, const PairedTResult& result, double confidence) {
   merge.SetField("pc", format.FormatValue(confidence * 100, 2));
   merge.SetField("from", format.FormatStatistic(result.agreementFrom));
   merge.SetField("to", format.FormatStatistic(result.agreementTo));
+}
+
+// Of the pairs that are whole.
+AgreementPlot PlotOf(const DataSelection& data, const ColumnStats& differences, const PairedTResult& result,
+                     std::string_view percent) {
+  const std::string& first = data.ColumnInfo[0].Title;
+  const std::string& second = data.ColumnInfo[1].Title;
+  AgreementPlot plot{.title = fmt::format("mean difference ± {}% limits of agreement", percent),
+                     .xTitle = fmt::format("Mean (({} + {}) / 2)", first, second),
+                     .yTitle = fmt::format("Difference ({} - {})", first, second),
+                     .meanDifference = differences.mean,
+                     .lowerLimit = result.agreementFrom,
+                     .upperLimit = result.agreementTo};
+  const auto& a = data.DataMatrix[0];
+  const auto& b = data.DataMatrix[1];
+  for (std::size_t row = 0; row < std::min(a.size(), b.size()); ++row) {
+    if (a[row] == MissingValue || b[row] == MissingValue) continue;
+    plot.means.push_back(std::midpoint(a[row], b[row]));
+    plot.differences.push_back(a[row] - b[row]);
+  }
+  return plot;
 }
 
 }  // namespace
@@ -110,8 +133,8 @@ void PairedT(Session& session) {
   const auto options = AskOptions(session, session.data.LastColumn == 1);
   if (!options) return;
 
-  WriteReport(session, "m_paired.rtf", [&](TemplateMerge& merge, const Formatter& format) {
-    const PairedTResult result = ComputePairedT(stats, options->confidence);
+  const PairedTResult result = ComputePairedT(stats, options->confidence);
+  Report* report = WriteReport(session, "m_paired.rtf", [&](TemplateMerge& merge, const Formatter& format) {
     merge.SetField("label", differences.label);
     merge.SetField("mean", format.FormatStatistic(stats.mean));
     merge.SetField("n", format.FormatValue(stats.n, 0));
@@ -132,6 +155,11 @@ void PairedT(Session& session) {
       merge.BlockDrop();
     }
   });
+  if (!report || !options->agreement || result.agreementFrom == MissingValue) return;
+  const std::string percent = session.Format().FormatValue(options->confidence * 100, 2).text;
+  const AgreementPlot plot = PlotOf(session.data, stats, result, percent);
+  SetAgreementLimits(session.graphics.page, plot);
+  InsertPlot(session, *report, true, [&] { DrawAgreementPlot(session.graphics, plot); });
 }
 
 }  // namespace tellurix

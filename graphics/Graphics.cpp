@@ -1,7 +1,11 @@
 #include "graphics/Graphics.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
+
+#include "numeric/Missing.h"
+#include "numeric/Rounding.h"
 
 namespace tellurix {
 
@@ -41,6 +45,21 @@ void Graphics::NoteSeries(std::string name, std::vector<double> values) {
 const SeriesStyle& Graphics::StyleOf(int seriesNumber) const {
   const int number = std::abs(seriesNumber);
   return looks.Series[static_cast<std::size_t>(number <= FramePen ? number : number % SeriesCount)];
+}
+
+int Graphics::MarkerRadius() const { return std::max(2, ToInteger(looks.LabelFont.Size / 3.0)); }
+
+void Graphics::DrawPoints(std::span<const double> x, std::span<const double> y, int seriesNumber) {
+  const int radius = MarkerRadius();
+  for (std::size_t i = 0; i < std::min(x.size(), y.size()); ++i) {
+    if (x[i] == MissingValue || y[i] == MissingValue) continue;
+    DrawMarker(ToInteger(page.MapX(x[i])), ToInteger(page.MapY(y[i])), radius, seriesNumber);
+  }
+}
+
+void Graphics::DrawLevel(double y) {
+  const int at = ToInteger(page.MapY(y));
+  Line(page.PlotLeft, at, page.PlotLeft + page.PlotWidth, at);
 }
 
 void Graphics::Line(int x0, int y0, int x1, int y1) {

@@ -8,6 +8,7 @@
 #pragma once
 
 #include <filesystem>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -61,6 +62,12 @@ class Graphics {
   // A marker of the series' shape, its centre and radius in page units; with keepPen in the pen selected before.
   void DrawMarker(int x, int y, int radius, int seriesNumber, bool keepPen = false);
   const SeriesStyle& StyleOf(int seriesNumber) const;
+  // Radius of the markers of a plot of points, which goes with the size of the labels.
+  int MarkerRadius() const;
+  // The points of a series by their values, within the scales of the axes. Those without both values are left out.
+  void DrawPoints(std::span<const double> x, std::span<const double> y, int seriesNumber);
+  // A line across the frame at a value of the y axis, with the selected pen.
+  void DrawLevel(double y);
 
   void DrawBox(int left, int top, int right, int bottom);  // a hollow bar
   // A pooled estimate; halfHeight above and below y, or as high as wide where that is 0.

@@ -83,6 +83,17 @@ bool ScaleLimitsPrompt(Session& session, bool needsY) {
   return true;
 }
 
+bool InsertPlot(Session& session, Report& report, bool needsY, const std::function<void()>& draw) {
+  Graphics& graphics = session.graphics;
+  bool sent = false;
+  if (ScaleLimitsPrompt(session, needsY) && graphics.BeginPicture(true)) {
+    draw();
+    sent = graphics.BeginPicture(false) && SendPictureToReport(session, report);
+  }
+  graphics.page = Page();
+  return sent;
+}
+
 bool GraphicsOptions(Session& session) {
   if (!RunGraphicsOptions(session.host, session.graphics.looks, session.HelpContext)) return false;
   SaveLooks(session);

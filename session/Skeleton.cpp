@@ -47,17 +47,17 @@ Report* EnsureReport(Session& session, bool wantsNew) {
   return &documents.ReportAt(picked);
 }
 
-bool WriteReport(Session& session, std::string_view templateName,
-                 const std::function<void(TemplateMerge& merge, const Formatter& format)>& feed) {
+Report* WriteReport(Session& session, std::string_view templateName,
+                    const std::function<void(TemplateMerge& merge, const Formatter& format)>& feed) {
   TemplateMerge merge = session.Merge();
-  if (!merge.OpenTemplate(templateName)) return false;
+  if (!merge.OpenTemplate(templateName)) return nullptr;
   const Calculation calculation(session);
   Report* report = EnsureReport(session);
-  if (!report) return false;
+  if (!report) return nullptr;
   feed(merge, session.Format());
   merge.CloseTemplate();
   report->helpContext = session.HelpContext;
-  return merge.InsertMergedText(*report);
+  return merge.InsertMergedText(*report) ? report : nullptr;
 }
 
 bool WriteColumns(Session& session, std::span<const OutputColumn> block, const SheetRoom& room, int titleRow) {

@@ -46,9 +46,10 @@ bool CheckRegionalSettings(Session& session, std::string_view consequence);
 Report* EnsureReport(Session& session, bool wantsNew = false);
 
 // The steps of an analysis from its template on: opens the template, finds the report, lets `feed` fill the fields in
-// their order, and inserts the merged text. False when the user cancelled, or was told what is wrong.
-bool WriteReport(Session& session, std::string_view templateName,
-                 const std::function<void(TemplateMerge& merge, const Formatter& format)>& feed);
+// their order, and inserts the merged text. The report that has it; null when the user cancelled, or was told what is
+// wrong.
+Report* WriteReport(Session& session, std::string_view templateName,
+                    const std::function<void(TemplateMerge& merge, const Formatter& format)>& feed);
 
 // The last steps of a command of the Data menu: asks where the columns go, writes them under their titles in the
 // worksheet row `titleRow` (headings when it is below 1), and closes the command. False, and nothing changed, when

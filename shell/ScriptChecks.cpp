@@ -175,6 +175,22 @@ void CheckColumn(Session& session, const ScriptStep& step, Comparer& compare, st
   }
 }
 
+// A picture that the last run drew, by its title, and perhaps the figures of one of its series.
+void CheckPicture(const RunResult& run, const ScriptStep& step, Comparer& compare, std::string& problem) {
+  const std::string& title = step.words[2].text;
+  const auto picture = std::ranges::find_if(run.pictures, [&](const auto& p) { return EqualNoCase(p.title, title); });
+  const bool found = picture != run.pictures.end();
+  if (!found || step.words.size() == 3) return compare.Text("picture", found ? title : "none", title, found);
+  const std::string& name = step.words[3].text;
+  const auto series = std::ranges::find_if(picture->series, [&](const auto& s) { return EqualNoCase(s.name, name); });
+  Wanted wanted;
+  if (series == picture->series.end()) {
+    problem = fmt::format("the picture has no series {}", QuotedText(name));
+  } else if (ReadWanted(step, 4, wanted, problem)) {
+    compare.Numbers(name, series->values, wanted);
+  }
+}
+
 void CheckReportText(Session& session, const ScriptStep& step, Comparer& compare) {
   const std::string& expected = step.words[2].text;
   const Report* report = session.documents.ActiveReport();
@@ -195,10 +211,8 @@ bool CheckExpectation(Session& session, const ScriptStep& step, std::vector<Comp
     compare.Text("report", run.delivered ? "written" : "none", "none", !run.delivered);
   } else if (kind == "text" && words == 3) {
     CheckReportText(session, step, compare);
-  } else if (kind == "picture" && words == 3) {
-    const bool found = std::ranges::any_of(
-        run.pictures, [&](const auto& picture) { return EqualNoCase(picture.title, step.words[2].text); });
-    compare.Text("picture", found ? step.words[2].text : "none", step.words[2].text, found);
+  } else if (kind == "picture" && words >= 3) {
+    CheckPicture(run, step, compare, problem);
   } else if (kind == "message" && words == 3) {
     problem = fmt::format("no message is shown here, expected {}", QuotedText(step.words[2].text));
   } else if (kind == "cell") {
