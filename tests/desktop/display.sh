@@ -25,3 +25,16 @@ await() {
   echo "$2"
   exit 1
 }
+
+# Waits until the desktop has been at rest for a second, by the processor time that it has used.
+settled() {
+  before=
+  for _ in $(seq 60); do
+    now=$(cut -d ' ' -f 14,15 "/proc/$desktop/stat")
+    [ "$now" != "$before" ] || return 0
+    before=$now
+    sleep 1
+  done
+  echo "the desktop never came to rest"
+  exit 1
+}

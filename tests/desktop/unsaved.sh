@@ -21,6 +21,7 @@ printf 'a,b\n1,2\n' >"$home/~excel.csv"
 desktop=$!
 await '"Tellurix"' "no window came up"
 sleep 1.5  # past the Opening screen
+settled
 end TERM 143
 [ "$(copies)" = 1 ] || { echo "SIGTERM kept $(copies) copies"; exit 1; }
 
