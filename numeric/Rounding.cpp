@@ -5,6 +5,7 @@
 #include <cmath>
 #include <limits>
 
+#include <fast_float/fast_float.h>
 #include <fmt/format.h>
 
 namespace tellurix {
@@ -80,6 +81,15 @@ std::string GeneralText(double x) {
       std::max(0, SignificantDigits - (magnitude == 0 ? 1 : static_cast<int>(std::floor(std::log10(magnitude))) + 1)));
   StripTrailingZeros(text);
   return WithoutNegativeZero(text);
+}
+
+double FifteenDigits(double x) {
+  if (std::fabs(x) < PlainLimit && x == std::trunc(x)) return x + 0.0;
+  char text[32];
+  const auto end = std::to_chars(text, text + sizeof text, x, std::chars_format::scientific, SignificantDigits - 1);
+  double rounded = 0;
+  fast_float::from_chars(text, end.ptr, rounded);
+  return rounded;
 }
 
 std::string ScientificText(double x) {

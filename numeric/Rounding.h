@@ -22,6 +22,10 @@ std::string FixedText(double x, int places);
 // The general number-to-text form: up to 15 significant digits, scientific below 1e-4 and from 1e15 on.
 std::string GeneralText(double x);
 
+// The number that the 15 significant digits of x in general form stand for: what is left of x when it is written down and
+// read again. Infinite when they are beyond the range; 0 for -0.
+double FifteenDigits(double x);
+
 // x in scientific form with two decimals and an exponent of at least two digits: "1.23E-05".
 std::string ScientificText(double x);
 

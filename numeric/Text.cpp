@@ -113,6 +113,12 @@ std::string ToUtf8(std::string_view bytes) {
   return text;
 }
 
+std::u32string CodePoints(std::string_view text) {
+  std::u32string points;
+  ForEachCodePoint(text, [&](int point) { points += point < 0 ? U'\uFFFD' : static_cast<char32_t>(point); });
+  return points;
+}
+
 std::string EncodeUtf8(char32_t codePoint) {
   utf8proc_uint8_t bytes[4];
   auto value = static_cast<utf8proc_int32_t>(codePoint);

@@ -25,6 +25,9 @@ bool IsValidUtf8(std::string_view text);
 // Text of unknown origin as UTF-8: valid UTF-8 comes back as it is, anything else is read as Windows-1252.
 std::string ToUtf8(std::string_view bytes);
 
+// The code points of the text; an invalid byte is U+FFFD.
+std::u32string CodePoints(std::string_view text);
+
 // One code point as UTF-8; U+FFFD for what is not a code point.
 std::string EncodeUtf8(char32_t codePoint);
 

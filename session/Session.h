@@ -10,6 +10,7 @@
 #include "host/Host.h"
 #include "host/Results.h"
 #include "host/Settings.h"
+#include "numeric/Expression.h"
 #include "report/Options.h"
 #include "report/Prompts.h"
 #include "report/TemplateMerge.h"
@@ -51,6 +52,7 @@ class Session {
   Prompts prompts;
   DataSelection data;
   Graphics graphics;
+  ExpressionEvaluator expressions{options.regional};  // one LR for all
   std::weak_ptr<Form> distributions;  // the calculator of distributions, while it is open
 
   Formatter Format() const { return Formatter(options); }
