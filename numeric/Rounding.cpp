@@ -34,6 +34,40 @@ std::string TidyScientific(std::string text) {
   return mantissa + "E" + text.substr(e + 1);
 }
 
+// The range in which the powers of ten that bring a number to 15 digits before the point are doubles themselves.
+constexpr double ExactFrom = 1e-7;
+constexpr double ExactTo = 1e36;
+constexpr double PowersOfTen[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
+                                  1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+
+// The integer nearest to scaled + rest, ties to even; the rest is less than half a unit in the last place of scaled.
+double NearestInteger(double scaled, double rest) {
+  const double nearest = std::nearbyint(scaled);
+  const double over = nearest - scaled;  // exact, and a multiple of that unit
+  if (over == 0.5 && rest < 0) return nearest - 1;
+  if (over == -0.5 && rest > 0) return nearest + 1;
+  return nearest;
+}
+
+// FifteenDigits of x from ExactFrom to ExactTo. The product or quotient with a power of ten is known exactly, as the
+// rounded one and the rest that a fused multiply-add gives; the way back is one rounded operation on exact numbers,
+// which is what reading the digits would give (W. D. Clinger, How to read floating point numbers accurately, 1990).
+double FifteenDigitsExactly(double x) {
+  int binary = 0;
+  std::frexp(x, &binary);
+  // The decimal exponent is floor(log10(2) (binary - 1)) or one more; a power of ten itself may go either way.
+  int shift = SignificantDigits - 1 - (((binary - 1) * 1233) >> 12);
+  if (x >= (shift > 0 ? PlainLimit / PowersOfTen[shift] : PlainLimit * PowersOfTen[-shift])) --shift;
+  if (shift >= 0) {
+    const double power = PowersOfTen[shift];
+    const double scaled = x * power;
+    return NearestInteger(scaled, std::fma(x, power, -scaled)) / power;
+  }
+  const double power = PowersOfTen[-shift];
+  const double scaled = x / power;
+  return NearestInteger(scaled, std::fma(-scaled, power, x)) * power;
+}
+
 int IntegerDigits(double magnitude) {
   return magnitude < 1 ? 1 : static_cast<int>(std::floor(std::log10(magnitude))) + 1;
 }
@@ -84,7 +118,9 @@ std::string GeneralText(double x) {
 }
 
 double FifteenDigits(double x) {
-  if (std::fabs(x) < PlainLimit && x == std::trunc(x)) return x + 0.0;
+  const double magnitude = std::fabs(x);
+  if (magnitude < PlainLimit && x == std::trunc(x)) return x + 0.0;
+  if (magnitude >= ExactFrom && magnitude < ExactTo) return std::copysign(FifteenDigitsExactly(magnitude), x);
   char text[32];
   const auto end = std::to_chars(text, text + sizeof text, x, std::chars_format::scientific, SignificantDigits - 1);
   double rounded = 0;

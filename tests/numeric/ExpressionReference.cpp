@@ -21,16 +21,9 @@ using std::string;
 constexpr auto None = string::npos;
 
 string Replaced(string text, const string& from, const string& to) {
-  string result;
-  for (std::size_t i = 0; i < text.size();) {
-    if (text.compare(i, from.size(), from) == 0) {
-      result += to;
-      i += from.size();
-    } else {
-      result += text[i++];
-    }
-  }
-  return result;
+  for (std::size_t at = text.find(from); at != None; at = text.find(from, at + to.size()))
+    text.replace(at, from.size(), to);
+  return text;
 }
 
 bool Contains(const string& set, char c) { return set.find(c) != None; }
@@ -49,6 +42,12 @@ bool IsOperatorMinus(const string& text, std::size_t i) { return i > 0 && !Conta
 
 bool IsSignOfNumber(const string& text, std::size_t i) {
   return (text[i] == '+' && !IsOperatorPlus(text, i)) || (text[i] == '-' && !IsOperatorMinus(text, i));
+}
+
+std::vector<string> FunctionWords() {
+  std::vector<string> words;
+  for (const auto& function : ExpressionFunctions()) words.emplace_back(function.word.begin(), function.word.end());
+  return words;
 }
 
 }  // namespace
@@ -126,13 +125,14 @@ string ExpressionReference::Reduce(string text, int depth) {
 }
 
 string ExpressionReference::Functions(string text) {
-  for (const ExpressionFunction& function : ExpressionFunctions()) {
-    const string word(function.word.begin(), function.word.end());
+  static const std::vector<string> words = FunctionWords();
+  for (std::size_t i = 0; i < words.size(); ++i) {
+    const string& word = words[i];
     for (std::size_t at = text.find(word); at != None && !error_; at = text.find(word)) {
       const string number = NumberAfter(text, at + word.size());
       double result = 0;
       const double x = ParseNumber(number);
-      if (!error_ && !function.compute(x, result)) error_ = true;
+      if (!error_ && !ExpressionFunctions()[i].compute(x, result)) error_ = true;
       text = text.substr(0, at) + TextOf(Checked(result)) + text.substr(at + word.size() + number.size());
     }
   }

@@ -2,6 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <bit>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <limits>
+#include <random>
+
 namespace tellurix {
 namespace {
 
@@ -30,6 +37,40 @@ TEST(Rounding, PlainTextShowsNoNoiseBehindFifteenDigits) {
   EXPECT_EQ(GeneralText(1e-10), "1E-10");
   EXPECT_EQ(ScientificText(1.234e-5), "1.23E-05");
   EXPECT_EQ(ScientificText(-4e-123), "-4.00E-123");
+}
+
+// As the C library writes and reads them.
+double ThroughText(double x) {
+  char text[40];
+  std::snprintf(text, sizeof text, "%.14e", x);
+  return std::strtod(text, nullptr) + 0.0;
+}
+
+TEST(Rounding, FifteenDigitsAreThoseOfTheText) {
+  std::mt19937_64 random(15);
+  const auto expectSame = [](double x) {
+    ASSERT_EQ(std::bit_cast<std::uint64_t>(FifteenDigits(x)), std::bit_cast<std::uint64_t>(ThroughText(x))) << x;
+  };
+  for (int i = 0; i < 100000; ++i) {
+    const auto bits = random();
+    const double any = std::bit_cast<double>(bits);
+    if (std::isfinite(any)) expectSame(any);
+    expectSame(std::ldexp(static_cast<double>(bits >> 11), static_cast<int>(bits % 160) - 90));
+    // Halfway between two of 15 digits, and beside it.
+    const double half = (static_cast<double>(100000000000000 + bits % 100000000000000) + 0.5) / std::pow(2.0, bits % 7);
+    for (const double scale : {1.0, 0.01, 1e-18, 100.0, 1e7, 1e20}) {
+      expectSame(half * scale);
+      expectSame(std::nextafter(half * scale, 0));
+    }
+  }
+  for (int exponent = -320; exponent <= 308; ++exponent) {
+    const double power = std::pow(10.0, exponent);
+    for (const double x : {power, std::nextafter(power, 0.0), std::nextafter(power, 1e308), -power, 5 * power}) {
+      if (std::isfinite(x)) expectSame(x);
+    }
+  }
+  expectSame(-0.0);
+  EXPECT_TRUE(std::isinf(FifteenDigits(std::numeric_limits<double>::max())));
 }
 
 }  // namespace
