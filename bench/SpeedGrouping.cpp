@@ -1,0 +1,79 @@
+// Speed of the grouping commands of the Data menu on a million rows, from the selection to the written columns.
+
+#include <benchmark/benchmark.h>
+
+#include <string>
+
+#include "shell/ProgramFolder.h"
+#include "shell/ScriptPlayer.h"
+#include "workbook/Workbook.h"
+
+namespace tellurix {
+namespace {
+
+constexpr int Rows = 1000000;
+
+// A player with a workbook whose columns A to C hold a title and a million rows: 20 texts, 7 texts, 20 numbers.
+struct MillionRows {
+  ScriptPlayer player{ScriptPaths(TELLURIX_SOURCE_DIR)};
+  MillionRows() {
+    Workbook& workbook = player.PlayedDocuments().NewWorkbook();
+    workbook.TextRC(1, 1, "Centre");
+    workbook.TextRC(1, 2, "Treatment");
+    workbook.TextRC(1, 3, "Score");
+    for (int row = 0; row < Rows; ++row) {
+      workbook.TextRC(row + 2, 1, "Centre " + std::to_string(row * 7919LL % 20));
+      workbook.TextRC(row + 2, 2, "Treatment " + std::to_string(row * 104729LL % 7));
+      workbook.NumberRC(row + 2, 3, static_cast<double>(row * 15485863LL % 20));
+    }
+  }
+
+  // Plays a command that writes to a new workbook, which is closed afterwards without being timed.
+  void Run(benchmark::State& state, const std::string& text) {
+    ScriptFile script;
+    std::string error;
+    if (!ReadScript(text + "pick \"New Book\"\n", "speed.tlx", script, error)) return state.SkipWithError(error.c_str());
+    for (auto _ : state) {
+      if (!player.Play(script)) return state.SkipWithError(player.Failure().c_str());
+      state.PauseTiming();
+      Documents& documents = player.PlayedDocuments();
+      documents.CloseWorkbook(documents.WorkbookAt(1));
+      documents.ActivateWorkbook(0);
+      state.ResumeTiming();
+    }
+  }
+};
+
+void TabulateMillionRows(benchmark::State& state) {
+  MillionRows().Run(state, "run M_Grouping(4)\nselect \"Centre\"\nselect \"Treatment\"\nanswer Yes\n");
+}
+BENCHMARK(TabulateMillionRows)->Unit(benchmark::kMillisecond);
+
+void TabulateMillionRowsOfNumbers(benchmark::State& state) {
+  MillionRows().Run(state, "run M_Grouping(4)\nselect \"Score\"\nselect \"Treatment\"\nanswer Yes\n");
+}
+BENCHMARK(TabulateMillionRowsOfNumbers)->Unit(benchmark::kMillisecond);
+
+void DummyVariablesOfMillionRows(benchmark::State& state) {
+  MillionRows().Run(state, "run M_Datax(3)\nselect \"Centre\"\npress OK\n");
+}
+BENCHMARK(DummyVariablesOfMillionRows)->Unit(benchmark::kMillisecond);
+
+void SplitMillionRows(benchmark::State& state) {
+  MillionRows().Run(
+      state, "run M_Grouping(3)\nselect \"Centre\"\nexpect message \"Number of groups = 20\"\nselect \"Score\"\n");
+}
+BENCHMARK(SplitMillionRows)->Unit(benchmark::kMillisecond);
+
+void CombineMillionRows(benchmark::State& state) {
+  MillionRows().Run(state, "run M_Grouping(2)\nselect \"Score\"\n");
+}
+BENCHMARK(CombineMillionRows)->Unit(benchmark::kMillisecond);
+
+void CodeMillionTexts(benchmark::State& state) {
+  MillionRows().Run(state, "run M_Datax(10)\nselect \"Centre\"\nanswer No\n");
+}
+BENCHMARK(CodeMillionTexts)->Unit(benchmark::kMillisecond);
+
+}  // namespace
+}  // namespace tellurix
