@@ -32,7 +32,8 @@ struct MillionRows {
   void Run(benchmark::State& state, const std::string& text) {
     ScriptFile script;
     std::string error;
-    if (!ReadScript(text + "pick \"New Book\"\n", "speed.tlx", script, error)) return state.SkipWithError(error.c_str());
+    if (!ReadScript(text + "pick \"New Book\"\n", "speed.tlx", script, error))
+      return state.SkipWithError(error.c_str());
     for (auto _ : state) {
       if (!player.Play(script)) return state.SkipWithError(player.Failure().c_str());
       state.PauseTiming();
@@ -65,9 +66,7 @@ void SplitMillionRows(benchmark::State& state) {
 }
 BENCHMARK(SplitMillionRows)->Unit(benchmark::kMillisecond);
 
-void CombineMillionRows(benchmark::State& state) {
-  MillionRows().Run(state, "run M_Grouping(2)\nselect \"Score\"\n");
-}
+void CombineMillionRows(benchmark::State& state) { MillionRows().Run(state, "run M_Grouping(2)\nselect \"Score\"\n"); }
 BENCHMARK(CombineMillionRows)->Unit(benchmark::kMillisecond);
 
 void CodeMillionTexts(benchmark::State& state) {

@@ -19,6 +19,7 @@
 #include "shell/FileCommands.h"
 #include "workbook/data/Categorise.h"
 #include "workbook/data/CombineSplit.h"
+#include "workbook/data/DateIntervals.h"
 #include "workbook/data/DummyVariables.h"
 #include "workbook/data/RandomNumbers.h"
 #include "workbook/data/Tabulation.h"
@@ -159,7 +160,7 @@ constexpr Row Rows[] = {
     {"&Data/&Grouping/&Detabulate", "M_Grouping(5)", 1034, Sheet, Detabulate},
     {"&Data/&Apply Function", "M_Datax(0)", 1035, Sheet},
     {"&Data/&Clear Missing Data", "M_Datax(1)", 1036, Sheet},
-    {"&Data/&Date && Time Intervals", "M_Datax(2)", 1037, Sheet},
+    {"&Data/&Date && Time Intervals", "M_Datax(2)", 1037, Sheet, DateIntervals},
     {"&Data/Dummy &Variables", "M_Datax(3)", 1038, Sheet, MakeDummyVariables},
     {"&Data/&Fill Series", "M_Datax(4)", 1039, Sheet},
     {"&Data/&Normal Scores", "M_Datax(5)", 1040, Sheet},

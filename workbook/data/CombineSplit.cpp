@@ -32,6 +32,8 @@ std::vector<std::string> GroupNames(const std::vector<ColumnDescriptor>& columns
 void CombineColumns(Session& session) {
   DataSelection& data = session.data;
   if (!data.SelectWorksheetData(ModeNumericRows, 1, MaxDataColumns, "Select columns to COMBINE")) return;
+  if (data.MaxCount == 0) return RefuseNonNumericData(session);
+
   BusyPointer(session);
   OutputColumn values{.title = "Data"}, groups{.title = "Group ID"};
   const std::vector<std::string> names = GroupNames(data.ColumnInfo);
@@ -40,7 +42,6 @@ void CombineColumns(Session& session) {
     values.values.insert(values.values.end(), data.DataMatrix[k].begin(), data.DataMatrix[k].begin() + count);
     groups.texts.insert(groups.texts.end(), static_cast<std::size_t>(count), names[k]);
   }
-  if (values.values.empty()) return RefuseNonNumericData(session);
   const OutputColumn block[] = {std::move(values), std::move(groups)};
   WriteColumns(session, block);
 }

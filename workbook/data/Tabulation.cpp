@@ -192,8 +192,6 @@ void Tabulate(Session& session) {
   const Reply sorts = ShowMessage(session, "Sort row and column categories in alphanumeric order?",
                                   YesNoCancel | QuestionIcon, TabulateCaption);
   if (sorts == Reply::Cancel) return;
-
-  BusyPointer(session);
   const Regional& regional = session.options.regional;
   Arrange(rows, sorts == Reply::Yes, regional);
   std::size_t width = others.size();
@@ -206,6 +204,8 @@ void Tabulate(Session& session) {
     return static_cast<void>(ShowMessage(session, "Error: too many categories for the columns of a worksheet.",
                                          WarningIcon, TabulateCaption));
   }
+
+  BusyPointer(session);
   std::vector<OutputColumn> block;
   for (const Classifier& columns : others) AppendTable(rows, columns, block);
   WriteColumns(session, block);
@@ -214,7 +214,9 @@ void Tabulate(Session& session) {
 void Detabulate(Session& session) {
   const auto table = SelectTable(session);
   if (!table) return;
-  if (TotalOf(*table) > GridStore::MaxRows - 1) {
+  const double total = TotalOf(*table);
+  if (total == 0) return session.data.ShowInvalidData();
+  if (total > GridStore::MaxRows - 1) {
     return static_cast<void>(
         ShowMessage(session, "Number of observations exceeds row limit of worksheet.", WarningIcon, DetabulateCaption));
   }
@@ -228,7 +230,6 @@ void Detabulate(Session& session) {
       columns.insert(columns.end(), static_cast<std::size_t>(count), column);
     }
   }
-  if (rows.empty()) return session.data.ShowInvalidData();
   const Regional& regional = session.options.regional;
   const OutputColumn block[] = {CategoryColumn("Row Category", table->rows, rows, regional),
                                 CategoryColumn("Column Category", table->columns, columns, regional)};
