@@ -22,6 +22,7 @@
 #include "workbook/data/DateIntervals.h"
 #include "workbook/data/DummyVariables.h"
 #include "workbook/data/RandomNumbers.h"
+#include "workbook/data/RotateBlock.h"
 #include "workbook/data/Tabulation.h"
 #include "workbook/data/TextToNumbers.h"
 
@@ -165,7 +166,7 @@ constexpr Row Rows[] = {
     {"&Data/&Fill Series", "M_Datax(4)", 1039, Sheet},
     {"&Data/&Normal Scores", "M_Datax(5)", 1040, Sheet},
     {"&Data/Ran&k", "M_Datax(6)", 1041, Sheet},
-    {"&Data/Rotate Data &Block", "M_Datax(7)", 1042, Sheet},
+    {"&Data/Rotate Data &Block", "M_Datax(7)", 1042, Sheet, RotateDataBlock},
     {"&Data/S&earch && Replace", "M_Datax(8)", 1043, Sheet},
     {"&Data/Standard&ization", "M_Datax(9)", 1044, Sheet},
     {"&Data/Te&xt to Numbers", "M_Datax(10)", 1045, Sheet, TextToNumbers},

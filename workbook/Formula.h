@@ -10,6 +10,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -99,6 +100,10 @@ class FormulaCode {
                                        bool isOwnSheet) const;
   std::optional<std::string> AfterRename(std::string_view text, std::string_view from, std::string_view to) const;
   std::optional<std::string> AfterSheetDeleted(std::string_view text, std::string_view sheetName) const;
+  // With each reference that `change` answers put in the place of the one it is given.
+  std::optional<std::string> WithReferences(
+      std::string_view text,
+      const std::function<std::optional<FormulaReference>(const FormulaReference&)>& change) const;
   // Of a copy so many rows below and columns to the right.
   std::optional<std::string> AfterCopy(std::string_view text, int rows, int columns) const;
 

@@ -492,6 +492,16 @@ std::optional<std::string> FormulaCode::AfterSheetDeleted(std::string_view text,
   });
 }
 
+std::optional<std::string> FormulaCode::WithReferences(
+    std::string_view text,
+    const std::function<std::optional<FormulaReference>(const FormulaReference&)>& change) const {
+  return Rewritten(text, references_, [&](const FormulaReference& ref) -> std::optional<std::string> {
+    const auto now = change(ref);
+    if (!now) return std::nullopt;
+    return (now->sheet.empty() ? std::string() : SheetText(now->sheet) + "!") + CellsText(*now);
+  });
+}
+
 std::optional<std::string> FormulaCode::AfterCopy(std::string_view text, int rows, int columns) const {
   return Rewritten(text, references_, [&](const FormulaReference& ref) -> std::optional<std::string> {
     FormulaReference now = ref;

@@ -144,7 +144,7 @@ void Categorise(Session& session) {
   const OutputColumn block[] = {{"Categorised: " + info.Title, std::move(classes), {}},
                                 {"category", std::move(numbers), {}},
                                 {"count", std::move(counts), {}}};
-  WriteColumns(session, block);
+  WriteColumns(session, block, {}, info.StartRow - 1);
 }
 
 }  // namespace tellurix

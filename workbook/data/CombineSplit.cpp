@@ -8,12 +8,12 @@
 #include "numeric/Text.h"
 #include "session/Skeleton.h"
 #include "workbook/data/Alongside.h"
+#include "workbook/data/NewColumns.h"
 
 namespace tellurix {
 
 namespace {
 
-constexpr int MaxDataColumns = 200;
 
 // The titles of the columns, each one different from the others: "x", "x (2)".
 std::vector<std::string> GroupNames(const std::vector<ColumnDescriptor>& columns) {
@@ -31,7 +31,7 @@ std::vector<std::string> GroupNames(const std::vector<ColumnDescriptor>& columns
 
 void CombineColumns(Session& session) {
   DataSelection& data = session.data;
-  if (!data.SelectWorksheetData(ModeNumericRows, 1, MaxDataColumns, "Select columns to COMBINE")) return;
+  if (!data.SelectWorksheetData(ModeNumericRows, 1, MaxSelectedColumns, "Select columns to COMBINE")) return;
   if (data.MaxCount == 0) return RefuseNonNumericData(session);
 
   BusyPointer(session);
@@ -57,7 +57,8 @@ void SplitColumns(Session& session) {
   }
   ShowMessage(session, fmt::format("Number of groups = {}", groups.size()), InformationIcon, "Group Splitter");
   if (groups.empty()) return;
-  if (!SelectAlongside(session, identifier, ModeNumericRows, MaxDataColumns, "Select data to SPLIT BY GROUP")) return;
+  if (!SelectAlongside(session, identifier, ModeNumericRows, MaxSelectedColumns, "Select data to SPLIT BY GROUP"))
+    return;
 
   BusyPointer(session);
   std::vector<OutputColumn> block;

@@ -27,6 +27,7 @@ constexpr int TitleRows = 2;  // above the data, in which a title is looked for
 
 struct DateColumn {
   std::string title;
+  int firstRow = 1;                            // in the worksheet
   std::vector<std::optional<Moment>> moments;  // row by row; nothing where there is no date
 };
 
@@ -68,6 +69,7 @@ std::optional<DateColumn> SelectDates(Session& session, std::string_view prompt)
   const Regional& regional = session.options.regional;
   RawColumn& raw = columns.front();
   DateColumn dates{.title = TakeTitle(workbook, raw, regional), .moments = {}};
+  dates.firstRow = raw.firstRow;
   int last = raw.firstRow + raw.rowCount - 1;
   while (last >= raw.firstRow && workbook.TypeRC(last, raw.column) == EmptyCell) --last;
   bool anyDate = false;
@@ -157,7 +159,7 @@ void DateIntervals(Session& session) {
   BusyPointer(session);
   OutputColumn column{.title = fmt::format("{} from {}", Units[static_cast<std::size_t>(choice->unit)], from->title)};
   for (std::size_t i = 0; i < to.size(); ++i) column.values.push_back(Interval(from->moments[i], to[i], choice->unit));
-  WriteColumns(session, {&column, 1});
+  WriteColumns(session, {&column, 1}, {}, from->firstRow - 1);
 }
 
 }  // namespace tellurix

@@ -75,7 +75,7 @@ void MakeDummyVariables(Session& session) {
     }
     block.push_back(std::move(column));
   }
-  WriteColumns(session, block, room);
+  WriteColumns(session, block, room, info.StartRow - 1);
 }
 
 }  // namespace tellurix

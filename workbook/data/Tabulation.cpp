@@ -15,6 +15,7 @@
 #include "session/Skeleton.h"
 #include "workbook/CellReading.h"
 #include "workbook/data/Alongside.h"
+#include "workbook/data/NewColumns.h"
 
 namespace tellurix {
 
@@ -22,7 +23,6 @@ namespace {
 
 constexpr const char* TabulateCaption = "Tabulate";
 constexpr const char* DetabulateCaption = "Detabulate";
-constexpr int MaxTableColumns = 200;
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Tabulate
@@ -118,7 +118,7 @@ std::vector<std::string> RowNames(const Workbook& workbook, int column, int firs
 // The marked table; its row names may be marked with it, as its first column, or stand to the left of it.
 std::optional<CountTable> SelectTable(Session& session) {
   DataSelection& data = session.data;
-  if (!data.SelectWorksheetData(ModeNumericRows, 2, MaxTableColumns,
+  if (!data.SelectWorksheetData(ModeNumericRows, 2, MaxSelectedColumns,
                                 "select TABLE to expand into row and column variables")) {
     return std::nullopt;
   }
@@ -183,7 +183,7 @@ void Tabulate(Session& session) {
   if (!data.SelectWorksheetData(ModeCategoricalTrimmed, 1, 1, "select data for FIRST CLASSIFIER (ROWS)")) return;
   const ColumnDescriptor first = data.ColumnInfo.front();
   Classifier rows = ReadClassifier(data, 0);
-  if (!SelectAlongside(session, first, ModeCategoricalTrimmed, MaxTableColumns,
+  if (!SelectAlongside(session, first, ModeCategoricalTrimmed, MaxSelectedColumns,
                        "select data for SECOND CLASSIFIER(S) (COLUMNS)")) {
     return;
   }

@@ -79,7 +79,7 @@ void TextToNumbers(Session& session) {
     if (x != MissingValue) x = codes[placeOf[static_cast<std::size_t>(x) - 1]];
   }
   const OutputColumn block[] = {{"Coded: " + info.Title, std::move(numbers), {}}};
-  WriteColumns(session, block);
+  WriteColumns(session, block, {}, info.StartRow - 1);
 }
 
 }  // namespace tellurix
