@@ -70,6 +70,14 @@ f64 ExpectedValue(const OrderStatistic& statistic) {
 
 }  // namespace
 
+f64 ExpectedNormalScore(f64 n, f64 rank) {
+  if (!(rank >= 1 && rank <= n)) return NaN;
+  const f64 below = rank - 1;
+  const f64 above = n - rank;
+  if (below == above) return 0;
+  return below > above ? ExpectedValue({below, above}) : -ExpectedValue({above, below});
+}
+
 void ExpectedNormalScores(i32 n, f64* scores) {
   for (i32 order = 1; order <= n; ++order) {
     const i32 mirrored = n + 1 - order;
@@ -81,10 +89,4 @@ void ExpectedNormalScores(i32 n, f64* scores) {
 
 using namespace tellurix::kernel;
 
-f64 EXPNOS(const i32& n, const i32& order) {
-  if (n < 1 || order < 1 || order > n) return NaN;
-  const f64 below = static_cast<f64>(order) - 1;
-  const f64 above = static_cast<f64>(n) - order;
-  if (below == above) return 0;
-  return below > above ? ExpectedValue({below, above}) : -ExpectedValue({above, below});
-}
+f64 EXPNOS(const i32& n, const i32& order) { return ExpectedNormalScore(n, order); }

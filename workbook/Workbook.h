@@ -155,8 +155,11 @@ class Workbook final : public GridStore {
   bool InsertCells(const CellRange& range, Shift shift);           // those from the range on move down or to the right
   bool DeleteCells(const CellRange& range, Shift shift);           // those after the range move up or to the left
   bool CopyBlock(const CellRange& from, int toRow, int toColumn);  // as it stood, where the two overlap
-  bool FillDown(const CellRange& range);                           // copies of its first row in the others
-  bool FillRight(const CellRange& range);                          // copies of its first column in the others
+  // The cells of the range's rows in another order: row firstRow + i gets those of firstRow + order[i], formulas as
+  // copies. `order` holds every row of the range once.
+  bool ArrangeRows(const CellRange& range, std::span<const std::uint32_t> order);
+  bool FillDown(const CellRange& range);   // copies of its first row in the others
+  bool FillRight(const CellRange& range);  // copies of its first column in the others
 
   // --- extent and sheets ---
   int LastRow() const override;
@@ -296,6 +299,7 @@ class Workbook final : public GridStore {
   void ShiftLooks(const CellsMoved& moved);
   void CopyLooks(const CellRange& from, int toRow, int toColumn);
   void FillLooks(const CellRange& range, bool isDown);
+  void ArrangeLooks(const CellRange& range, std::span<const std::uint32_t> order);
   void LogSheets();
   void Touch(WorkbookChange::Kind kind, int firstRow, int firstColumn, int lastRow, int lastColumn);
   void TouchCells(int firstRow, int firstColumn, int lastRow, int lastColumn, bool filled = false);

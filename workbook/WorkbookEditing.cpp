@@ -9,6 +9,39 @@
 
 namespace tellurix {
 
+namespace {
+
+// Puts the cells of a column from firstRow on into another order.
+void ArrangeCells(CellColumn& column, int firstRow, std::span<const std::uint32_t> order) {
+  const int count = static_cast<int>(order.size());
+  std::vector<CellValue> before;
+  before.reserve(order.size());
+  bool allNumbers = true;
+  for (int i = 0; i < count; ++i) {
+    before.push_back(column.Get(firstRow + i));
+    allNumbers = allNumbers && before.back().type == NumberCell && !before.back().formula;
+  }
+  if (allNumbers) {
+    std::vector<double> numbers(order.size());
+    for (std::size_t i = 0; i < order.size(); ++i) numbers[i] = before[order[i]].number;
+    column.Set(firstRow, std::span<const double>(numbers));
+    return;
+  }
+  column.Clear(firstRow, firstRow + count - 1);
+  for (int i = 0; i < count; ++i) {
+    const auto from = static_cast<int>(order[static_cast<std::size_t>(i)]);
+    const CellValue& value = before[static_cast<std::size_t>(from)];
+    if (value.formula) {
+      const auto text = value.formula->code.AfterCopy(value.formula->text, i - from, 0);
+      column.Set(firstRow + i, FormulaRef(std::make_shared<Formula>(text ? *text : value.formula->text)));
+    } else if (!value.IsEmpty()) {
+      column.Set(firstRow + i, value);
+    }
+  }
+}
+
+}  // namespace
+
 void Workbook::ClearCells(int column, int firstRow, int lastRow) {
   const CellColumn* cells = ColumnAt(1, column);
   if (!cells) return;
@@ -196,6 +229,22 @@ bool Workbook::CopyBlock(const CellRange& from, int toRow, int toColumn) {
   if (toColumn > MaxColumns - (from.lastColumn - from.firstColumn)) return false;
   const AutoStep step(*this, "Copy");
   PutCells(from, toRow, toColumn, true);
+  return true;
+}
+
+bool Workbook::ArrangeRows(const CellRange& range, std::span<const std::uint32_t> order) {
+  if (!IsOnSheet(range) || IsRefused()) return false;
+  if (order.size() != static_cast<std::size_t>(range.lastRow - range.firstRow + 1)) return false;
+  const AutoStep step(*this, "Sort");
+  for (int column = std::min(range.lastColumn, LastCol()); column >= range.firstColumn; --column) {
+    const ColumnRef held = Active().Held(column);
+    if (!held || held->IsEmpty(range.firstRow, range.lastRow)) continue;
+    auto made = std::make_shared<CellColumn>(*held);
+    ArrangeCells(*made, range.firstRow, order);
+    Replace(column, std::move(made));
+  }
+  TouchCells(range.firstRow, range.firstColumn, range.lastRow, range.lastColumn);
+  ArrangeLooks(range, order);
   return true;
 }
 

@@ -292,6 +292,29 @@ void Workbook::FillLooks(const CellRange& range, bool isDown) {
   Touch(WorkbookChange::Kind::Looks, range.firstRow, range.firstColumn, range.lastRow, range.lastColumn);
 }
 
+// Each row's look goes where its cells go.
+void Workbook::ArrangeLooks(const CellRange& range, std::span<const std::uint32_t> order) {
+  if (Active().looks->empty()) return;
+  SheetLooks looks = *Active().looks;
+  const int last = std::min(range.lastColumn, static_cast<int>(looks.size()));
+  for (int column = range.firstColumn; column <= last; ++column) {
+    auto& runs = looks[Index(column)];
+    if (!runs) continue;
+    std::vector<std::uint32_t> before;
+    before.reserve(order.size());
+    for (int row = range.firstRow; row <= range.lastRow; ++row) before.push_back(runs->At(row));
+    std::vector<std::pair<int, std::uint32_t>> moved;
+    for (std::size_t i = 0; i < order.size(); ++i) {
+      const std::uint32_t look = before[order[i]];
+      if (moved.empty() || moved.back().second != look) moved.emplace_back(static_cast<int>(i) + 1, look);
+    }
+    runs = std::make_shared<const LookRuns>(
+        runs->With(LookRuns(moved), 1, static_cast<int>(order.size()), range.firstRow));
+  }
+  ReplaceLooks(std::move(looks));
+  Touch(WorkbookChange::Kind::Looks, range.firstRow, range.firstColumn, range.lastRow, range.lastColumn);
+}
+
 // --- settings ---
 
 const SheetSettings& Workbook::SettingsOfSheet() const { return Active().settings; }
