@@ -18,13 +18,20 @@
 #include "numeric/Text.h"
 #include "shell/FileCommands.h"
 #include "workbook/data/Categorise.h"
+#include "workbook/data/ClearMissing.h"
 #include "workbook/data/CombineSplit.h"
 #include "workbook/data/DateIntervals.h"
 #include "workbook/data/DummyVariables.h"
+#include "workbook/data/Pairwise.h"
 #include "workbook/data/RandomNumbers.h"
+#include "workbook/data/RankScores.h"
 #include "workbook/data/RotateBlock.h"
+#include "workbook/data/SortRows.h"
+#include "workbook/data/SortedColumns.h"
+#include "workbook/data/Standardization.h"
 #include "workbook/data/Tabulation.h"
 #include "workbook/data/TextToNumbers.h"
+#include "workbook/data/Transformations.h"
 
 namespace tellurix {
 
@@ -122,15 +129,15 @@ constexpr Row Rows[] = {
     {"F&ormat/Bulle&ts", "M_Report_Bullets", 461, InReportOnly},
     {"F&ormat/Nu&mbering", "M_Report_Numbering", 462, InReportOnly},
     {"F&ormat/R&eport Defaults", "M_Report_Defaults", 463, InReportOnly},
-    {"&Data/&Transformations/&Log (Natural)", "M_Transform(0)", 1000, Sheet},
-    {"&Data/&Transformations/Log (&Base 10)", "M_Transform(1)", 1001, Sheet},
-    {"&Data/&Transformations/L&ogit", "M_Transform(2)", 1002, Sheet},
-    {"&Data/&Transformations/&Probit", "M_Transform(3)", 1003, Sheet},
-    {"&Data/&Transformations/&Angular", "M_Transform(4)", 1004, Sheet},
-    {"&Data/&Transformations/&Cumulative", "M_Transform(5)", 1005, Sheet},
-    {"&Data/&Transformations/La&dder of Powers", "M_Transform(6)", 1006, Sheet},
-    {"&Data/&Sort/&Create Sorted Columns", "M_Sort(0)", 1007, Sheet},
-    {"&Data/&Sort/&Manipulate Worksheet", "M_Sort(1)", 1008, Sheet},
+    {"&Data/&Transformations/&Log (Natural)", "M_Transform(0)", 1000, Sheet, TransformToNaturalLog},
+    {"&Data/&Transformations/Log (&Base 10)", "M_Transform(1)", 1001, Sheet, TransformToLog10},
+    {"&Data/&Transformations/L&ogit", "M_Transform(2)", 1002, Sheet, TransformToLogit},
+    {"&Data/&Transformations/&Probit", "M_Transform(3)", 1003, Sheet, TransformToProbit},
+    {"&Data/&Transformations/&Angular", "M_Transform(4)", 1004, Sheet, TransformToAngle},
+    {"&Data/&Transformations/&Cumulative", "M_Transform(5)", 1005, Sheet, TransformToCumulative},
+    {"&Data/&Transformations/La&dder of Powers", "M_Transform(6)", 1006, Sheet, TransformToLadderOfPowers},
+    {"&Data/&Sort/&Create Sorted Columns", "M_Sort(0)", 1007, Sheet, CreateSortedColumns},
+    {"&Data/&Sort/&Manipulate Worksheet", "M_Sort(1)", 1008, Sheet, SortRows},
     {"&Data/&Random Numbers/&Uniform 0 to 1", "M_Random(0)", 1009, Sheet,
      FillRandomNumbers<RandomLaw::UniformZeroToOne>},
     {"&Data/&Random Numbers/Uniform &a to b", "M_Random(1)", 1010, Sheet, FillRandomNumbers<RandomLaw::UniformAToB>},
@@ -150,9 +157,9 @@ constexpr Row Rows[] = {
     {"&Data/&Random Numbers/Cauc&hy", "M_Random(14)", 1023, Sheet, FillRandomNumbers<RandomLaw::Cauchy>},
     {"&Data/&Random Numbers/&Weibull", "M_Random(15)", 1024, Sheet, FillRandomNumbers<RandomLaw::Weibull>},
     {"&Data/&Random Numbers/Beta", "M_Random(16)", 1025, Sheet, FillRandomNumbers<RandomLaw::Beta>},
-    {"&Data/&Pairwise/&Differences", "M_Pairwise(0)", 1026, Sheet},
-    {"&Data/&Pairwise/&Means", "M_Pairwise(1)", 1027, Sheet},
-    {"&Data/&Pairwise/&Slopes", "M_Pairwise(2)", 1028, Sheet},
+    {"&Data/&Pairwise/&Differences", "M_Pairwise(0)", 1026, Sheet, PairwiseDifferences},
+    {"&Data/&Pairwise/&Means", "M_Pairwise(1)", 1027, Sheet, PairwiseMeans},
+    {"&Data/&Pairwise/&Slopes", "M_Pairwise(2)", 1028, Sheet, PairwiseSlopes},
     {"&Data/&Grouping/&Categorise", "M_Grouping(0)", 1029, Sheet, Categorise},
     {"&Data/&Grouping/&Extract", "M_Grouping(1)", 1030, Sheet},
     {"&Data/&Grouping/C&ombine", "M_Grouping(2)", 1031, Sheet, CombineColumns},
@@ -160,15 +167,15 @@ constexpr Row Rows[] = {
     {"&Data/&Grouping/&Tabulate", "M_Grouping(4)", 1033, Sheet, Tabulate},
     {"&Data/&Grouping/&Detabulate", "M_Grouping(5)", 1034, Sheet, Detabulate},
     {"&Data/&Apply Function", "M_Datax(0)", 1035, Sheet},
-    {"&Data/&Clear Missing Data", "M_Datax(1)", 1036, Sheet},
+    {"&Data/&Clear Missing Data", "M_Datax(1)", 1036, Sheet, ClearMissingData},
     {"&Data/&Date && Time Intervals", "M_Datax(2)", 1037, Sheet, DateIntervals},
     {"&Data/Dummy &Variables", "M_Datax(3)", 1038, Sheet, MakeDummyVariables},
     {"&Data/&Fill Series", "M_Datax(4)", 1039, Sheet},
-    {"&Data/&Normal Scores", "M_Datax(5)", 1040, Sheet},
-    {"&Data/Ran&k", "M_Datax(6)", 1041, Sheet},
+    {"&Data/&Normal Scores", "M_Datax(5)", 1040, Sheet, NormalScores},
+    {"&Data/Ran&k", "M_Datax(6)", 1041, Sheet, RankColumns},
     {"&Data/Rotate Data &Block", "M_Datax(7)", 1042, Sheet, RotateDataBlock},
     {"&Data/S&earch && Replace", "M_Datax(8)", 1043, Sheet},
-    {"&Data/Standard&ization", "M_Datax(9)", 1044, Sheet},
+    {"&Data/Standard&ization", "M_Datax(9)", 1044, Sheet, Standardization},
     {"&Data/Te&xt to Numbers", "M_Datax(10)", 1045, Sheet, TextToNumbers},
     {"&Analysis/&Exact Tests on Counts/&Sign", "M_Exact(0)", 2000, Screen},
     {"&Analysis/&Exact Tests on Counts/&Fisher", "M_Exact(1)", 2001, Screen},

@@ -1,0 +1,212 @@
+#include "workbook/data/SortRows.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <unordered_map>
+#include <unordered_set>
+
+#include "host/Form.h"
+#include "numeric/Missing.h"
+#include "numeric/Sorting.h"
+#include "numeric/Text.h"
+#include "session/Skeleton.h"
+#include "workbook/CellReading.h"
+#include "workbook/Workbook.h"
+#include "workbook/data/NewColumns.h"
+
+namespace tellurix {
+
+namespace {
+
+constexpr const char* Caption = "Sort Worksheet";
+constexpr const char* KeyFrames[] = {"Sort by", "Then by", "Last by"};
+
+// The columns need not adjoin, but they have the same rows.
+struct Block {
+  std::vector<int> columns;  // worksheet columns, rising
+  int firstRow = 1;
+  int lastRow = 1;
+};
+
+struct SortKey {
+  int column;  // of the worksheet
+  bool isFalling;
+};
+
+struct SortPlan {
+  std::vector<SortKey> keys;
+  bool hasTitles = false;
+};
+
+// ---------------------------------------------------------------------------------------------------------------------
+// The block
+// ---------------------------------------------------------------------------------------------------------------------
+
+std::optional<Block> SelectBlock(Session& session) {
+  std::vector<RawColumn> raw;
+  if (!session.data.SelectRange(1, GridStore::MaxColumns, "Select rows to SORT", raw)) return std::nullopt;
+  Block block{.firstRow = raw.front().firstRow, .lastRow = raw.front().firstRow + raw.front().rowCount - 1};
+  for (const RawColumn& column : raw) {
+    block.columns.push_back(column.column);
+    if (column.firstRow == block.firstRow && column.rowCount == raw.front().rowCount) continue;
+    ShowMessage(session, "Error: the columns to sort must have the same rows.", WarningIcon, Caption);
+    return std::nullopt;
+  }
+  std::ranges::sort(block.columns);
+  block.columns.erase(std::ranges::unique(block.columns).begin(), block.columns.end());
+  return block;
+}
+
+bool IsWord(const GridStore& grid, int row, int column) {
+  return std::abs(grid.TypeRC(row, column)) == TextCell && GetCellNumber(grid, row, column) == MissingValue;
+}
+
+// Whether the top row of the block looks like titles: words that do not come again under them.
+bool LooksTitled(const GridStore& grid, const Block& block) {
+  for (const int column : block.columns) {
+    if (!IsWord(grid, block.firstRow, column)) return false;
+    const std::string title = FoldCase(grid.TextRC(block.firstRow, column));
+    for (int row = block.firstRow + 1; row <= block.lastRow; ++row) {
+      const CellView cell = grid.ReadRC(row, column);
+      if (cell.type == TextCell && cell.text.size() == title.size() && FoldCase(cell.text) == title) return false;
+    }
+  }
+  return true;
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// The dialog
+// ---------------------------------------------------------------------------------------------------------------------
+
+// A column by its title and letters.
+std::string NameOf(const GridStore& grid, const Block& block, int column) {
+  const std::string letters = ColumnLetters(column);
+  std::string title = IsWord(grid, block.firstRow, column) ? GetCellLabel(grid, block.firstRow, column) : "";
+  for (int row = block.firstRow - 1; title.empty() && row >= std::max(1, block.firstRow - 2); --row) {
+    if (IsWord(grid, row, column)) title = GetCellLabel(grid, row, column);
+  }
+  if (title.empty()) title = grid.ColText(column);
+  return title.empty() ? letters : fmt::format("{} ({})", title, letters);
+}
+
+std::optional<SortPlan> AskPlan(Session& session, const GridStore& grid, const Block& block) {
+  std::vector<std::string> names;
+  for (const int column : block.columns) names.push_back(NameOf(grid, block, column));
+  std::vector<std::string> namesOrNone{"<none>"};
+  namesOrNone.insert(namesOrNone.end(), names.begin(), names.end());
+
+  Form form("SortForm", Caption);
+  form.helpContext = session.HelpContext;
+  for (int key = 0; key < 3; ++key) {
+    form.AddCombo(fmt::format("Key{}", key), "Column", key == 0 ? names : namesOrNone, 0).group = KeyFrames[key];
+    form.AddCheck(fmt::format("Descending{}", key), "Descending", false).group = KeyFrames[key];
+  }
+  form.AddCheck("Titles", "The top row holds titles and stays", LooksTitled(grid, block));
+  form.AddButton("OK", "&OK", ButtonRole::Default);
+  form.AddButton("Cancel", "&Cancel", ButtonRole::Cancel);
+  NormalPointer(session);
+  if (!session.host.RunForm(form)) return std::nullopt;
+
+  SortPlan plan{.hasTitles = form.IsChecked("Titles")};
+  for (int key = 0; key < 3; ++key) {
+    const int place = form.IndexOf(fmt::format("Key{}", key)) - (key == 0 ? 0 : 1);
+    if (place < 0) continue;
+    plan.keys.push_back(
+        {block.columns[static_cast<std::size_t>(place)], form.IsChecked(fmt::format("Descending{}", key))});
+  }
+  return plan;
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// The order
+// ---------------------------------------------------------------------------------------------------------------------
+
+// What a column is sorted by: numbers come first, then texts in alphabetical order without regard to case, then
+// logicals; empty cells and missing marks come last.
+class KeyColumn {
+ public:
+  KeyColumn(const GridStore& grid, const SortKey& key, int firstRow, int lastRow) : sign_(key.isFalling ? -1 : 1) {
+    std::unordered_map<std::string, std::vector<std::size_t>> texts;
+    for (int row = firstRow; row <= lastRow; ++row) {
+      const CellView cell = grid.ReadRC(row, key.column);
+      const int type = std::abs(cell.type);
+      if (type == NumberCell) {
+        Add(0, cell.number);
+      } else if (type == LogicalCell) {
+        Add(2, cell.number == 0 ? 0 : 1);
+      } else if (type == TextCell && GetCellNumber(grid, row, key.column) == MissingValue && !Trim(cell.text).empty()) {
+        texts[FoldCase(cell.text)].push_back(kinds_.size());
+        Add(1, 0);
+      } else {
+        kinds_.push_back(MissingValue);
+        values_.push_back(MissingValue);
+      }
+    }
+    NumberTexts(texts);
+  }
+
+  void AppendTo(std::vector<std::span<const double>>& keys) const {
+    keys.emplace_back(kinds_);
+    keys.emplace_back(values_);
+  }
+
+ private:
+  void Add(double kind, double value) {
+    kinds_.push_back(sign_ * kind);
+    values_.push_back(sign_ * value);
+  }
+
+  void NumberTexts(const std::unordered_map<std::string, std::vector<std::size_t>>& texts) {
+    std::vector<const std::pair<const std::string, std::vector<std::size_t>>*> inOrder;
+    for (const auto& text : texts) inOrder.push_back(&text);
+    std::ranges::sort(inOrder, [](const auto* a, const auto* b) { return a->first < b->first; });
+    double number = 0;
+    for (const auto* text : inOrder) {
+      for (const std::size_t place : text->second) values_[place] = sign_ * number;
+      ++number;
+    }
+  }
+
+  double sign_;
+  std::vector<double> kinds_;
+  std::vector<double> values_;
+};
+
+std::vector<std::uint32_t> OrderOf(const GridStore& grid, const SortPlan& plan, int firstRow, int lastRow) {
+  std::vector<KeyColumn> columns;
+  for (const SortKey& key : plan.keys) columns.emplace_back(grid, key, firstRow, lastRow);
+  std::vector<std::span<const double>> keys;
+  for (const KeyColumn& column : columns) column.AppendTo(keys);
+  return SortedOrder(keys);
+}
+
+void Arrange(Workbook& workbook, const Block& block, int firstRow, const std::vector<std::uint32_t>& order) {
+  workbook.BeginStep("Sort");
+  for (const int column : block.columns) workbook.ArrangeRows({firstRow, column, block.lastRow, column}, order);
+  workbook.EndStep();
+}
+
+}  // namespace
+
+void SortRows(Session& session) {
+  const auto block = SelectBlock(session);
+  if (!block) return;
+  Workbook& workbook = *session.documents.ActiveWorkbook();
+  if (workbook.SheetLocked()) {
+    ShowMessage(session, "The worksheet is locked.", WarningIcon, Caption);
+    return;
+  }
+  const auto plan = AskPlan(session, workbook, *block);
+  if (!plan) return;
+  BusyPointer(session);
+  const int firstRow = block->firstRow + (plan->hasTitles ? 1 : 0);
+  if (firstRow < block->lastRow) {
+    Arrange(workbook, *block, firstRow, OrderOf(workbook, *plan, firstRow, block->lastRow));
+  }
+  session.results.Current().delivered = true;
+  AfterDataCommand(session);
+}
+
+}  // namespace tellurix
