@@ -108,10 +108,10 @@ TEST_F(DataColumns, PairsHaveToFitTheSheet) {
   EXPECT_EQ(Play("run M_Pairwise(1)\nselect A2\ncancel\n"), "");
 }
 
-// Totals of another length than the counts are asked for again.
+// Totals of another length than the counts, and on other rows, are asked for again.
 TEST_F(DataColumns, TotalsMatchTheCounts) {
-  ASSERT_EQ(Play("cells E1 \"n\" / 9 / 9\n"), "");
-  EXPECT_EQ(Play("run M_Transform(2)\nselect B:B\npress OK\nselect E:E\n"
+  ASSERT_EQ(Play("cells E7 \"n\" / 9 / 9\n"), "");
+  EXPECT_EQ(Play("run M_Transform(2)\nselect B:B\npress OK\nselect E7:E9\n"
                  "expect message \"Error: all columns selected must be 4 rows long.\"\n"
                  "cancel\ntype 10\npick \"Book 01\"\n"),
             "");

@@ -31,10 +31,6 @@ std::optional<std::vector<NumberColumn>> SelectNumbers(Session& session, std::st
   return std::nullopt;
 }
 
-bool WriteNewColumns(Session& session, std::span<const OutputColumn> block, int titleRow) {
-  return WriteColumns(session, block, {}, titleRow);
-}
-
 bool WriteNewColumns(Session& session, std::vector<NumberColumn> columns) {
   const int top = std::ranges::min(columns, {}, &NumberColumn::firstRow).firstRow;
   std::vector<OutputColumn> block;
@@ -42,7 +38,7 @@ bool WriteNewColumns(Session& session, std::vector<NumberColumn> columns) {
     column.values.insert(column.values.begin(), static_cast<std::size_t>(column.firstRow - top), MissingValue);
     block.push_back({.title = std::move(column.title), .values = std::move(column.values)});
   }
-  return WriteNewColumns(session, block, top - 1);
+  return WriteColumns(session, block, {}, top - 1);
 }
 
 int ChosenOption(const Session& session, int options) {

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <optional>
-#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -23,11 +22,7 @@ inline constexpr int MaxSelectedColumns = 200;
 // after a message, when one of them holds no number.
 std::optional<std::vector<NumberColumn>> SelectNumbers(Session& session, std::string_view prompt, int maxColumns);
 
-// Writes new columns where the user picks, with their titles in the worksheet row `titleRow` or, when it is below 1, as
-// headings, and ends the command. False when cancelled or refused, the sheet then being as it was.
-bool WriteNewColumns(Session& session, std::span<const OutputColumn> block, int titleRow);
-
-// The same with each value in the worksheet row that it belongs to; titles stand above the first of these rows.
+// WriteColumns with each value in the worksheet row that it belongs to; the titles stand above the first of these rows.
 bool WriteNewColumns(Session& session, std::vector<NumberColumn> columns);
 
 // The first of the options 0 to options - 1 that was on when ShowOptions was answered; 0 for none.

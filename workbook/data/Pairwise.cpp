@@ -74,7 +74,7 @@ std::vector<double> OverPairs(std::size_t n, Function function) {
 
 void WritePairs(Session& session, std::string title, std::vector<double> values) {
   const OutputColumn column{.title = std::move(title), .values = std::move(values)};
-  WriteNewColumns(session, {&column, 1}, TitleRow);
+  WriteColumns(session, {&column, 1}, {}, TitleRow);
 }
 
 std::string MedianNote(Session& session, const MedianSlope& median, double confidence) {

@@ -229,7 +229,7 @@ void FillRandomNumbers(Session& session, RandomLaw wanted) {
     column.values.resize(static_cast<std::size_t>(*rows));
     for (double& value : column.values) value = law.draw(rnd, a, b);
   }
-  WriteNewColumns(session, block, 1);
+  WriteColumns(session, block);
 }
 
 }  // namespace tellurix

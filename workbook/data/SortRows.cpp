@@ -5,9 +5,9 @@
 #include <algorithm>
 #include <cmath>
 #include <unordered_map>
-#include <unordered_set>
 
 #include "host/Form.h"
+#include "numeric/CategoryOrder.h"
 #include "numeric/Missing.h"
 #include "numeric/Sorting.h"
 #include "numeric/Text.h"
@@ -123,12 +123,12 @@ std::optional<SortPlan> AskPlan(Session& session, const GridStore& grid, const B
 // The order
 // ---------------------------------------------------------------------------------------------------------------------
 
-// What a column is sorted by: numbers come first, then texts in alphabetical order without regard to case, then
-// logicals; empty cells and missing marks come last.
+// What a column is sorted by: numbers come first, then texts in alphanumeric order, then logicals; empty cells and
+// missing marks come last.
 class KeyColumn {
  public:
-  KeyColumn(const GridStore& grid, const SortKey& key, int firstRow, int lastRow) : sign_(key.isFalling ? -1 : 1) {
-    std::unordered_map<std::string, std::vector<std::size_t>> texts;
+  KeyColumn(const GridStore& grid, const SortKey& key, int firstRow, int lastRow, const Regional& regional)
+      : sign_(key.isFalling ? -1 : 1) {
     for (int row = firstRow; row <= lastRow; ++row) {
       const CellView cell = grid.ReadRC(row, key.column);
       const int type = std::abs(cell.type);
@@ -137,14 +137,13 @@ class KeyColumn {
       } else if (type == LogicalCell) {
         Add(2, cell.number == 0 ? 0 : 1);
       } else if (type == TextCell && GetCellNumber(grid, row, key.column) == MissingValue && !Trim(cell.text).empty()) {
-        texts[FoldCase(cell.text)].push_back(kinds_.size());
-        Add(1, 0);
+        AddText(cell.text);
       } else {
         kinds_.push_back(MissingValue);
         values_.push_back(MissingValue);
       }
     }
-    NumberTexts(texts);
+    OrderTexts(regional);
   }
 
   void AppendTo(std::vector<std::span<const double>>& keys) const {
@@ -158,25 +157,32 @@ class KeyColumn {
     values_.push_back(sign_ * value);
   }
 
-  void NumberTexts(const std::unordered_map<std::string, std::vector<std::size_t>>& texts) {
-    std::vector<const std::pair<const std::string, std::vector<std::size_t>>*> inOrder;
-    for (const auto& text : texts) inOrder.push_back(&text);
-    std::ranges::sort(inOrder, [](const auto* a, const auto* b) { return a->first < b->first; });
-    double number = 0;
-    for (const auto* text : inOrder) {
-      for (const std::size_t place : text->second) values_[place] = sign_ * number;
-      ++number;
-    }
+  void AddText(std::string_view text) {
+    const auto [known, isNew] = numbers_.try_emplace(FoldCase(text), texts_.size());
+    if (isNew) texts_.emplace_back(text);
+    textRows_.emplace_back(values_.size(), known->second);
+    Add(1, 0);
+  }
+
+  void OrderTexts(const Regional& regional) {
+    std::vector<double> places(texts_.size());
+    double place = 0;
+    for (const std::size_t number : CategoryOrder(texts_, regional)) places[number] = place++;
+    for (const auto& [row, number] : textRows_) values_[row] = sign_ * places[number];
   }
 
   double sign_;
   std::vector<double> kinds_;
   std::vector<double> values_;
+  std::unordered_map<std::string, std::size_t> numbers_;       // of the different texts
+  std::vector<std::string> texts_;                             // by their number
+  std::vector<std::pair<std::size_t, std::size_t>> textRows_;  // with the number of their text
 };
 
-std::vector<std::uint32_t> OrderOf(const GridStore& grid, const SortPlan& plan, int firstRow, int lastRow) {
+std::vector<std::uint32_t> OrderOf(const GridStore& grid, const SortPlan& plan, int firstRow, int lastRow,
+                                   const Regional& regional) {
   std::vector<KeyColumn> columns;
-  for (const SortKey& key : plan.keys) columns.emplace_back(grid, key, firstRow, lastRow);
+  for (const SortKey& key : plan.keys) columns.emplace_back(grid, key, firstRow, lastRow, regional);
   std::vector<std::span<const double>> keys;
   for (const KeyColumn& column : columns) column.AppendTo(keys);
   return SortedOrder(keys);
@@ -203,7 +209,7 @@ void SortRows(Session& session) {
   BusyPointer(session);
   const int firstRow = block->firstRow + (plan->hasTitles ? 1 : 0);
   if (firstRow < block->lastRow) {
-    Arrange(workbook, *block, firstRow, OrderOf(workbook, *plan, firstRow, block->lastRow));
+    Arrange(workbook, *block, firstRow, OrderOf(workbook, *plan, firstRow, block->lastRow, session.options.regional));
   }
   session.results.Current().delivered = true;
   AfterDataCommand(session);

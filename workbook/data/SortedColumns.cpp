@@ -5,39 +5,35 @@
 #include "numeric/Missing.h"
 #include "numeric/Sorting.h"
 #include "session/Skeleton.h"
+#include "workbook/data/Alongside.h"
 #include "workbook/data/NewColumns.h"
 
 namespace tellurix {
 
 namespace {
 
-// The columns to be written in the order of the sorted ones; none when cancelled.
+// The columns to be written in the order of the sorted ones, place by place beside them; none when cancelled.
 std::vector<NumberColumn> SelectLinked(Session& session) {
-  session.data.ClearGridSelection();
-  return SelectNumbers(session, "Select data to LINK (Cancel for none)", MaxSelectedColumns)
-      .value_or(std::vector<NumberColumn>());
-}
-
-// Columns of one length go together place by place, others by worksheet row.
-NumberColumn InOrderOf(const NumberColumn& linked, const NumberColumn& sorted,
-                       const std::vector<std::uint32_t>& order) {
-  const auto length = static_cast<std::int64_t>(linked.values.size());
-  const bool byPlace = linked.values.size() == sorted.values.size();
-  const std::int64_t lower = byPlace ? 0 : linked.firstRow - sorted.firstRow;
-  NumberColumn result{fmt::format("{} (on order of {})", linked.title, sorted.title), sorted.firstRow, {}};
-  result.values.reserve(order.size());
-  for (const std::uint32_t position : order) {
-    const std::int64_t place = position - lower;
-    const bool isThere = place >= 0 && place < length;
-    result.values.push_back(isThere ? linked.values[static_cast<std::size_t>(place)] : MissingValue);
+  DataSelection& data = session.data;
+  std::vector<NumberColumn> linked;
+  if (!SelectAlongside(session, data.ColumnInfo.front(), ModeNumericRows, MaxSelectedColumns,
+                       "Select data to LINK (Cancel for none)")) {
+    return linked;
   }
-  return result;
+  for (std::size_t k = 0; k < data.ColumnInfo.size(); ++k) {
+    const ColumnDescriptor& info = data.ColumnInfo[k];
+    data.DataMatrix[k].resize(static_cast<std::size_t>(info.Count));
+    linked.push_back({info.Title, info.StartRow, std::move(data.DataMatrix[k])});
+  }
+  return linked;
 }
 
-NumberColumn Sorted(const NumberColumn& column, const std::vector<std::uint32_t>& order) {
-  NumberColumn result{"Sort: " + column.title, column.firstRow, {}};
+// Places behind the end of the column are missing.
+NumberColumn InOrder(std::string title, int firstRow, const std::vector<double>& values,
+                     const std::vector<std::uint32_t>& order) {
+  NumberColumn result{std::move(title), firstRow, {}};
   result.values.reserve(order.size());
-  for (const std::uint32_t position : order) result.values.push_back(column.values[position]);
+  for (const std::uint32_t place : order) result.values.push_back(place < values.size() ? values[place] : MissingValue);
   return result;
 }
 
@@ -56,8 +52,11 @@ void CreateSortedColumns(Session& session) {
   std::vector<NumberColumn> results;
   for (const NumberColumn& column : *columns) {
     const auto order = SortedOrder(column.values, direction);
-    results.push_back(Sorted(column, order));
-    for (const NumberColumn& other : linked) results.push_back(InOrderOf(other, column, order));
+    results.push_back(InOrder("Sort: " + column.title, column.firstRow, column.values, order));
+    for (const NumberColumn& other : linked) {
+      const std::string title = fmt::format("{} (on order of {})", other.title, column.title);
+      results.push_back(InOrder(title, column.firstRow, other.values, order));
+    }
   }
   WriteNewColumns(session, std::move(results));
 }

@@ -9,6 +9,7 @@
 #include "numeric/Regional.h"
 #include "numeric/Transformations.h"
 #include "session/Skeleton.h"
+#include "workbook/data/Alongside.h"
 #include "workbook/data/NewColumns.h"
 
 namespace tellurix {
@@ -78,18 +79,19 @@ void TransformPositive(Session& session, std::string_view fn, std::string_view p
 
 // What each count is out of: a column, or one number for all. Nothing when cancelled.
 std::optional<std::vector<double>> AskTotals(Session& session, const NumberColumn& counts, const std::string& caption) {
-  session.data.ClearGridSelection();
-  const int rows = static_cast<int>(counts.values.size());
-  if (session.data.SelectEqualData(rows, ModeNumericRows, 1, 1, "Select TOTALS (Cancel to enter one for all)")) {
-    session.data.DataMatrix.front().resize(counts.values.size());
-    return session.data.DataMatrix.front();
+  DataSelection& data = session.data;
+  if (SelectAlongside(session, data.ColumnInfo.front(), ModeNumericRows, 1,
+                      "Select TOTALS (Cancel to enter one for all)")) {
+    std::vector<double> totals(counts.values.size());
+    for (std::size_t i = 0; i < totals.size(); ++i) totals[i] = ValueAt(data, 0, i);
+    return totals;
   }
   for (;;) {
     const std::string typed = session.prompts.InputValue("Total number (n) that each count is out of", caption, "");
     if (typed == CancelledInput) return std::nullopt;
     const auto n = ReadNumber(typed, session.options.regional);
     if (n && *n >= 1) return std::vector<double>(counts.values.size(), *n);
-    session.data.ShowInvalidData();
+    data.ShowInvalidData();
   }
 }
 
