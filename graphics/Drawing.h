@@ -2,6 +2,8 @@
 #pragma once
 
 #include <cstdint>
+#include <iterator>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -14,6 +16,15 @@ struct DrawPoint {
 
 // Line styles of pens, numbered as in metafiles.
 enum class PenStyle : std::uint8_t { Solid, Dash, Dot, DashDot, DashDotDot, Null };
+
+// Dashes and gaps of a line style in turn, in widths of the pen; none of a solid line.
+inline std::span<const double> DashLengths(PenStyle style) {
+  constexpr std::size_t counts[] = {0, 2, 2, 4, 6};
+  static constexpr double dash[] = {9, 5}, dot[] = {2, 4}, dashDot[] = {9, 4, 2, 4, 2, 4};
+  if (static_cast<std::size_t>(style) >= std::size(counts)) return {};
+  const double* lengths = style == PenStyle::Dash ? dash : style == PenStyle::Dot ? dot : dashDot;
+  return {lengths, counts[static_cast<std::size_t>(style)]};
+}
 
 struct DrawPen {
   PenStyle style = PenStyle::Solid;

@@ -166,8 +166,8 @@ void Graphics::DrawYAxis(bool graphicOn, bool withLabels) {
   const std::vector<TickLabel> labels = TickLabels(scale, regional_, page.LogY);
   // The column of a title that reads upward stays free.
   const int size = looks.LabelFont.Size;
-  const int title = page.PlotLeft - RotatedTitleOffset + size;
-  const double room = page.PlotLeft - MajorTick - std::max(title + PageEdge, PageEdge);
+  const double title = page.PlotLeft - RotatedTitleOffset + (LineHeight + 0.4) * size;
+  const double room = page.PlotLeft - MajorTick - std::max<double>(title, PageEdge);
   picture.SelectFont(looks.LabelFont, 0, LabelScale(labels, room));
   picture.SetTextAlign(TextAlign::Right);
   const double pitch = static_cast<double>(page.PlotHeight) / scale.intervals * scale.minorPerMajor;

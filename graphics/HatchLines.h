@@ -13,6 +13,8 @@ namespace tellurix {
 struct PagePoint {
   std::int32_t x = 0;
   std::int32_t y = 0;
+
+  bool operator==(const PagePoint&) const = default;
 };
 
 // The lines of a hatch inside a polygon (by the odd-even rule), `spacing` page units apart, y upward. They lie on one

@@ -3,6 +3,9 @@
 //
 // Text stands in the 8-bit records as Windows-1252. Where that cannot hold it, a comment record before it carries the
 // same text as UTF-8, behind the signature TextSignature; other readers skip comments.
+//
+// A line of a dashed pen stands in the records dash by dash, on whole units. In front of them a comment holds the line
+// itself, behind the signature LineSignature: how many records stand for it, where it begins (x, y) and where it ends.
 #pragma once
 
 #include <cstdint>
@@ -59,6 +62,7 @@ enum Record : std::uint16_t {
 
 inline constexpr std::uint16_t CommentEscape = 0x000F;
 inline constexpr std::string_view TextSignature = "TLXTEXT8";
+inline constexpr std::string_view LineSignature = "TLXLINE8";
 inline constexpr std::uint32_t PlaceableKey = 0x9AC6CDD7;
 inline constexpr std::size_t PlaceableSize = 22;
 inline constexpr std::uint16_t UnitsPerInch = 210;

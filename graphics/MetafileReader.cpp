@@ -51,7 +51,11 @@ class Reader {
       const std::uint16_t record = head.Unsigned(2);
       if (words < 3 || record == Eof) break;
       const std::size_t size = std::min(2 * words, bytes.size());
-      Play(record, Words(bytes.substr(6, size - 6)));
+      if (skipped_ > 0) {
+        --skipped_;
+      } else {
+        Play(record, Words(bytes.substr(6, size - 6)));
+      }
       bytes.remove_prefix(size);
     }
     if (out_.items.empty() && !hasWindow_) return std::nullopt;
@@ -62,7 +66,7 @@ class Reader {
 
  private:
   void Play(std::uint16_t record, const Words& w) {
-    if (record != LineTo && record != MoveTo) lineOpen_ = false;
+    if (record != LineTo && record != MoveTo && record != Escape) lineOpen_ = false;
     switch (record) {
       case SaveDc:
         if (saved_.size() < DeepestSaves) saved_.push_back(state_);
@@ -435,13 +439,25 @@ class Reader {
     return std::ranges::all_of(text, [](char c) { return c > 0; });
   }
 
-  // Our own comment holds the text of the record that follows.
+  // Our own comments hold what the records that follow stand for.
   void TakeComment(const Words& w) {
     if (w.Unsigned(0) != CommentEscape) return;
     const std::string_view data = w.Text(4, w.Unsigned(1));
+    if (data.starts_with(LineSignature)) return TakeLine(Words(data.substr(LineSignature.size())));
     if (!data.starts_with(TextSignature)) return;
     const std::string_view text = data.substr(TextSignature.size());
     if (!text.empty() && IsValidUtf8(text)) comment_ = std::string(text);
+  }
+
+  // A dashed line, in the place of its dashes.
+  void TakeLine(const Words& w) {
+    if (w.Count() < 5) return;
+    skipped_ = w.Unsigned(0);
+    const double x = w.Signed(1), y = w.Signed(2);
+    if (x != state_.x || y != state_.y) lineOpen_ = false;
+    state_.x = x;
+    state_.y = y;
+    DrawLineTo(w.Signed(3), w.Signed(4));
   }
 
   Drawing out_;
@@ -451,6 +467,7 @@ class Reader {
   std::size_t firstFree_ = 0;  // no slot before it is empty
   std::optional<std::string> comment_;
   RtfDecoder decoder_;
+  std::size_t skipped_ = 0;  // records that a comment stands for
   bool hasWindow_ = false;
   bool placedContent_ = false;
   bool lineOpen_ = false;  // the last item is a line that LineTo goes on with

@@ -97,6 +97,9 @@ bool Picture::Open(const std::filesystem::path& file, const Page& page) {
   brushes_.clear();
   fontObjects_.clear();
   pen_ = brush_ = font_ = -1;
+  at_ = {};
+  recordedAt_.reset();
+  isDashing_ = false;
   textColour_ = align_ = -1;
   constexpr std::int32_t anisotropic = 8, transparent = 1;
   Record(wmf::SetMapMode, {anisotropic});
@@ -140,6 +143,7 @@ void Picture::WriteHeader() {
 
 void Picture::Begin(std::uint16_t record, std::size_t words) {
   const std::size_t size = words + 3;
+  ++records_;
   longestRecord_ = std::max(longestRecord_, size);
   AppendWord(bytes_, static_cast<std::uint16_t>(size & 0xFFFF));
   AppendWord(bytes_, static_cast<std::uint16_t>(size >> 16));
@@ -171,14 +175,53 @@ void Picture::Select(int object) { Record(wmf::SelectObject, {object}); }
 
 void Picture::MoveTo(std::int32_t x, std::int32_t y) {
   if (!open_) return;
+  at_ = {Clamped(x), Clamped(y)};
+  recordedAt_ = at_;
+  isDashing_ = false;
   Begin(wmf::MoveTo, 2);
   Point(x, y);
 }
 
 void Picture::LineTo(std::int32_t x, std::int32_t y) {
   if (!open_) return;
+  const PagePoint to{Clamped(x), Clamped(y)};
+  const auto style = static_cast<PenStyle>(pen_ < 0 ? 0 : lastPen_[0]);
+  if (DashLengths(style).empty()) {
+    RecordLine(at_, to);
+    isDashing_ = false;
+  } else {
+    if (!isDashing_) dashes_.Start(style, lastPen_[2]);
+    isDashing_ = true;
+    RecordDashes(to);
+  }
+  at_ = to;
+}
+
+void Picture::RecordDashes(PagePoint to) {
+  constexpr std::size_t wordsOfEscape = 2, wordsOfLine = 5;
+  Begin(wmf::Escape, wordsOfEscape + wmf::LineSignature.size() / 2 + wordsOfLine);
+  AppendWord(bytes_, wmf::CommentEscape);
+  AppendWord(bytes_, static_cast<std::uint16_t>(wmf::LineSignature.size() + 2 * wordsOfLine));
+  bytes_ += wmf::LineSignature;
+  const std::size_t countAt = bytes_.size();
+  for (const std::int32_t word : {0, at_.x, pageHeight_ - at_.y, to.x, pageHeight_ - to.y}) Word(word);
+  const int before = records_;
+  dashes_.Walk({double(at_.x), double(at_.y)}, {double(to.x), double(to.y)}, [&](DrawPoint from, DrawPoint end) {
+    RecordLine({ToInteger(from.x), ToInteger(from.y)}, {ToInteger(end.x), ToInteger(end.y)});
+  });
+  const int count = records_ - before;
+  bytes_[countAt] = static_cast<char>(count & 0xFF);
+  bytes_[countAt + 1] = static_cast<char>(count >> 8 & 0xFF);
+}
+
+void Picture::RecordLine(PagePoint from, PagePoint to) {
+  if (recordedAt_ != from) {
+    Begin(wmf::MoveTo, 2);
+    Point(from.x, from.y);
+  }
   Begin(wmf::LineTo, 2);
-  Point(x, y);
+  Point(to.x, to.y);
+  recordedAt_ = to;
 }
 
 void Picture::RecordText(std::uint16_t function, std::string_view text) {
@@ -243,6 +286,7 @@ void Picture::SelectPenObject(std::int32_t style, std::int32_t width, std::int32
   if (!open_) return;
   const std::array key{style, colour, width};
   if (pen_ >= 0 && key == lastPen_) return;
+  isDashing_ = false;
   auto [found, isNew] = pens_.try_emplace(key, 0);
   if (isNew) {
     Begin(wmf::CreatePen, 5);

@@ -14,6 +14,7 @@
 #include <string_view>
 #include <tuple>
 
+#include "graphics/DashedLine.h"
 #include "graphics/Drawing.h"
 #include "graphics/FontBook.h"
 #include "graphics/HatchLines.h"
@@ -38,7 +39,7 @@ class Picture {
   bool IsOpen() const { return open_; }
 
   void MoveTo(std::int32_t x, std::int32_t y);
-  void LineTo(std::int32_t x, std::int32_t y);
+  void LineTo(std::int32_t x, std::int32_t y);                          // of a dashed pen dash by dash
   void TextOut(std::int32_t x, std::int32_t y, std::string_view text);  // UTF-8, one line
   void SetTextAlign(TextAlign mode);
   void Ellipse(std::int32_t left, std::int32_t top, std::int32_t right, std::int32_t bottom);
@@ -66,6 +67,8 @@ class Picture {
   void Word(std::int32_t value);
   void Colour(std::int32_t colour);
   void Point(std::int32_t x, std::int32_t y);  // y before x, as most records have it
+  void RecordLine(PagePoint from, PagePoint to);
+  void RecordDashes(PagePoint to);
   void Record(std::uint16_t record, std::initializer_list<std::int32_t> words);
   void RecordText(std::uint16_t function, std::string_view text);
   void SelectPenObject(std::int32_t style, std::int32_t width, std::int32_t colour);
@@ -82,6 +85,7 @@ class Picture {
   bool open_ = false;
   std::string bytes_;
   std::size_t longestRecord_ = 0;  // words
+  int records_ = 0;                // written so far
   int objects_ = 0;
   std::map<std::array<std::int32_t, 3>, int> pens_;
   std::map<std::array<std::int32_t, 2>, int> brushes_;
@@ -89,6 +93,10 @@ class Picture {
   std::map<FontKey, int> fontObjects_;
   int pen_ = -1, brush_ = -1, font_ = -1;  // selected objects
   std::array<std::int32_t, 3> lastPen_{};  // the key of pen_
+  PagePoint at_;                           // the current point
+  std::optional<PagePoint> recordedAt_;    // that of the records; none: the next line says where it begins
+  DashedLine dashes_;
+  bool isDashing_ = false;  // the chain of lines goes on with them
   std::int32_t textColour_ = -1;
   int align_ = -1;
   FaceName measuringFace_{"Arial", false, false};

@@ -170,14 +170,11 @@ class Renderer {
 
   void SetDashes(PenStyle style, double width, double length) {
     const double unit = std::max(width, scale_);
-    static constexpr std::array<std::array<double, 6>, 5> lengths{
-        {{}, {9, 5}, {2, 4}, {9, 4, 2, 4}, {9, 4, 2, 4, 2, 4}}};
-    static constexpr std::array<int, 5> counts{0, 2, 2, 4, 6};
-    const auto index = static_cast<std::size_t>(style);
-    int count = index < counts.size() ? counts[index] : 0;
+    const auto lengths = DashLengths(style);
+    auto count = static_cast<int>(lengths.size());
     std::array<double, 6> dashes{};
     double period = 0;
-    for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) period += dashes[i] = lengths[index][i] * unit;
+    for (std::size_t i = 0; i < lengths.size(); ++i) period += dashes[i] = lengths[i] * unit;
     if (count > 0 && length > MostDashes * period) count = 0;
     cairo_set_dash(context_, count > 0 ? dashes.data() : nullptr, count, 0);
   }

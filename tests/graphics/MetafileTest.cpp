@@ -8,6 +8,7 @@
 #include <random>
 
 #include "graphics/Renderer.h"
+#include "numeric/Text.h"
 #include "tests/graphics/Fixture.h"
 
 namespace tellurix {
@@ -71,7 +72,7 @@ TEST_F(Charts, WhatIsRecordedIsReadBack) {
   const std::string words = "P ≤ 0.05, größer, Ω 漢字 “€”";
   const auto drawing = ReadMetafile(Recorded([&] {
     Picture& picture = graphics.picture;
-    picture.SelectPen({.Colour = 0x00FF00, .Width = 3, .Style = 2});
+    picture.SelectPen({.Colour = 0x00FF00, .Width = 3});
     picture.MoveTo(10, 790);
     picture.LineTo(20, 790);
     picture.LineTo(20, 700);
@@ -91,7 +92,7 @@ TEST_F(Charts, WhatIsRecordedIsReadBack) {
   ASSERT_EQ(line.count, 3U) << "lines in a row are one";
   EXPECT_EQ(drawing->points[2].x, 20);
   EXPECT_EQ(drawing->points[2].y, 100);
-  EXPECT_EQ(drawing->pens[line.pen], (DrawPen{PenStyle::Dot, 3, 0x00FF00}));
+  EXPECT_EQ(drawing->pens[line.pen], (DrawPen{PenStyle::Solid, 3, 0x00FF00}));
   const DrawItem& ellipse = drawing->items[1];
   EXPECT_EQ(ellipse.kind, DrawItem::Kind::Ellipse);
   EXPECT_EQ(drawing->brushes[ellipse.brush], (DrawBrush{DrawBrush::Kind::Solid, Hatch::Horizontal, 0xFF}));
@@ -102,6 +103,46 @@ TEST_F(Charts, WhatIsRecordedIsReadBack) {
   EXPECT_EQ(drawing->fonts[text.brush], (DrawFont{"Times New Roman", 60, 700, false, false, false, 900}))
       << "turned text is never italic";
   EXPECT_EQ(drawing->texts[drawing->items[3].text].text, "plain");
+}
+
+// Other viewers draw a dashed line dash by dash, the pattern going on around a corner; ours, the line itself.
+TEST_F(Charts, DashedLinesAreDrawnDashByDash) {
+  const std::string recorded = Recorded([&] {
+    Picture& picture = graphics.picture;
+    picture.SelectPen({.Width = 2, .Style = 1});  // dashes of 18, gaps of 10
+    picture.MoveTo(100, 500);
+    picture.LineTo(140, 500);
+    picture.LineTo(140, 484);
+    picture.SelectPen({.Width = 2});
+    picture.LineTo(200, 484);
+    picture.SelectPen({.Width = 1, .Style = 2});  // a new pen begins anew: dots of 2, gaps of 4
+    picture.LineTo(200, 479);
+  });
+  using Points = std::vector<std::pair<double, double>>;
+  const auto chainsOf = [](const Drawing& drawing) {
+    std::vector<Points> chains;
+    for (const DrawItem& item : drawing.items) {
+      chains.emplace_back();
+      for (std::uint32_t i = 0; i < item.count; ++i) {
+        const DrawPoint& point = drawing.points[item.first + i];
+        chains.back().emplace_back(point.x, 800 - point.y);
+      }
+    }
+    return chains;
+  };
+  const auto drawing = ReadMetafile(recorded);
+  ASSERT_TRUE(drawing);
+  EXPECT_EQ(
+      chainsOf(*drawing),
+      (std::vector<Points>{{{100, 500}, {140, 500}, {140, 484}}, {{140, 484}, {200, 484}}, {{200, 484}, {200, 479}}}));
+  const auto other = ReadMetafile(ReplaceAll(recorded, wmf::LineSignature, "UNKNOWN!"));
+  ASSERT_TRUE(other);
+  EXPECT_EQ(chainsOf(*other), (std::vector<Points>{{{100, 500}, {118, 500}},
+                                                   {{128, 500}, {140, 500}, {140, 494}},
+                                                   {{140, 484}, {200, 484}},
+                                                   {{200, 484}, {200, 482}}}));
+  EXPECT_EQ(drawing->pens[drawing->items[0].pen].style, PenStyle::Dash);
+  EXPECT_EQ(drawing->pens[drawing->items[1].pen].style, PenStyle::Solid);
 }
 
 TEST_F(Charts, PensAndFontsAreMadeOnce) {
