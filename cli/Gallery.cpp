@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "graphics/ImageExport.h"
+#include "host/Nobody.h"
 #include "numeric/Rounding.h"
 #include "session/ReportGraphics.h"
 #include "session/SessionSettings.h"
@@ -23,37 +24,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using namespace tellurix;
-
-// Nobody: messages go to standard error.
-class SilentHost : public Host {
- public:
-  Reply ShowMessage(const Message& message) override {
-    fmt::print(stderr, "{}\n", message.text);
-    return Reply::Ok;
-  }
-  bool RunForm(Form&) override { return false; }
-  void ShowForm(std::shared_ptr<Form>) override {}
-  SelectionReply WaitForSelection(const SelectionRequest&) override { return {}; }
-  std::optional<FileChoice> ChooseFile(const FileRequest&) override { return std::nullopt; }
-  bool ShowProgress(const Progress&) override { return true; }
-  void ShowHelp(int) override {}
-  void SetBusy(bool) override {}
-  bool IsBusy() const override { return false; }
-  void SetCommandsEnabled(bool) override {}
-  void SetStatus(std::string_view) override {}
-  void Beep() override {}
-  void SetClipboard(std::string_view) override {}
-  std::string Clipboard() override { return {}; }
-  bool RunProgram(std::string_view) override { return false; }
-};
-
-class DefaultSettings : public Settings {
- public:
-  std::string GetIniValue(std::string_view, std::string_view, std::string_view defaultValue) const override {
-    return std::string(defaultValue);
-  }
-  void SetIniValue(std::string_view, std::string_view, std::string_view) override {}
-};
 
 class Gallery {
  public:
@@ -376,7 +346,7 @@ int main(int argc, char** argv) {
     fmt::print(stderr, "Tellurix files are not properly installed: no Template folder was found\n");
     return 1;
   }
-  SilentHost host;
+  NobodyHost host;
   DefaultSettings settings;
   OpenDocuments documents;
   Session session(host, documents, settings, {.program = *program, .temporary = folder});
