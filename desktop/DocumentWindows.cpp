@@ -2,6 +2,7 @@
 
 #include <QCloseEvent>
 #include <QLabel>
+#include <QMenu>
 #include <QStatusBar>
 
 #include "desktop/Icons.h"
@@ -105,12 +106,24 @@ ReportForm::ReportForm(MainWindow& main, Report& report) : DocumentWindow(main),
   view_->SetPage(PageOf(main.DesktopSession().settings));
   SetStartIndents(*view_, main.DesktopSession().settings);
   connect(view_, &ReportView::HelpRequested, this, [this](int topic) { main_.ShowHelp(topic); });
+  connect(view_, &ReportView::PictureMenuRequested, this, [this](QPoint position) { ShowPictureMenu(position); });
   connect(view_, &ReportView::Edited, this, [this] { UpdateTitle(); });
   connect(view_->document(), &QTextDocument::contentsChanged, this, [this] { UpdateTitle(); });
   UpdateTitle();
 }
 
 ReportForm::~ReportForm() = default;
+
+// The picture under the mouse is selected.
+void ReportForm::ShowPictureMenu(QPoint position) {
+  auto* menu = new QMenu(this);
+  menu->setAttribute(Qt::WA_DeleteOnClose);
+  menu->addAction("&Copy", view_, &ReportView::copy);
+  menu->addAction("&Export Picture...", this, [this] { main_.RunEntry(*FindCommand("M_Report_Export_Picture")); });
+  menu->addSeparator();
+  menu->addAction("&Help on this result", this, [this] { main_.ShowHelp(view_->HelpTopicAtCaret()); });
+  menu->popup(position);
+}
 
 DocumentState& ReportForm::State() { return report_.document; }
 

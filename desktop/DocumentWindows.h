@@ -71,6 +71,8 @@ class ReportForm : public DocumentWindow {
   void CloseDocument() override;
 
  private:
+  void ShowPictureMenu(QPoint position);
+
   Report& report_;
   ReportView* view_;
 };

@@ -231,6 +231,10 @@ void MainWindow::AddEntry(const MenuEntry& entry, unsigned window) {
     if (const auto key = Shortcuts().find(entry.name); key != Shortcuts().end()) action->setShortcut(key->second);
   }
   connect(action, &QAction::triggered, this, [this, &entry] { RunEntry(entry); });
+  if (works && own != windowActions_.end() && own->second.isReady) {
+    connect(static_cast<QMenu*>(at), &QMenu::aboutToShow, action,
+            [action, isReady = own->second.isReady] { action->setEnabled(isReady()); });
+  }
 }
 
 void MainWindow::RunEntry(const MenuEntry& entry) {

@@ -1,10 +1,12 @@
 #include "desktop/ReportObjects.h"
 
 #include <QAbstractTextDocumentLayout>
+#include <QPaintEngine>
 #include <QPainter>
 #include <QTextBlock>
 #include <QTextDocument>
 #include <algorithm>
+#include <cmath>
 
 #include "report/RtfPicture.h"
 
@@ -12,19 +14,36 @@ namespace tellurix {
 
 namespace {
 
+// Pixels in an inch of charts on paper, where no printer needs more.
+constexpr double PaperDpi = 600;
+
+// What stands where a picture cannot be drawn.
 void DrawPlaceholder(QPainter& target, const QRectF& place, const PictureGroup& picture) {
+  const bool isKnown = picture.kind.starts_with("wmetafile") || picture.kind == "pngblip" || picture.kind == "jpegblip";
+  const QString words =
+      isKnown ? QStringLiteral("This picture is damaged and cannot be shown.")
+              : QStringLiteral("This picture is of a kind that cannot be shown here (%1).")
+                    .arg(picture.kind.empty() ? QStringLiteral("unknown") : QString::fromStdString(picture.kind));
   target.save();
   target.setPen(QPen(QColor(0x99, 0x99, 0x99), 0));
   target.setBrush(QColor(0xF6, 0xF6, 0xF6));
   target.drawRect(place.adjusted(0, 0, -1, -1));
   QFont font(QStringLiteral("Arial"));
-  font.setPixelSize(std::clamp(static_cast<int>(place.height() / 10), 1, 400));
+  font.setPixelSize(std::clamp(static_cast<int>(std::min(place.height() / 6, place.width() / 24)), 1, 400));
   target.setFont(font);
   target.setPen(QColor(0x66, 0x66, 0x66));
-  const QString kind = picture.kind.empty() ? QStringLiteral("picture") : QString::fromStdString(picture.kind);
   target.setClipRect(place, Qt::IntersectClip);
-  target.drawText(place, Qt::AlignCenter, kind);
+  target.drawText(place, Qt::AlignCenter | Qt::TextWordWrap, words);
   target.restore();
+}
+
+// The place in whole pixels of a screen, so that a chart drawn for it is shown pixel by pixel; on paper, which counts
+// in finer points, as it stands.
+QRectF OnWholePixels(const QTransform& toDevice, const QRectF& place) {
+  const QRectF device = toDevice.mapRect(place);
+  const QRectF whole(device.topLeft().toPoint(),
+                     QSizeF(std::max(1.0, std::round(device.width())), std::max(1.0, std::round(device.height()))));
+  return toDevice.inverted().mapRect(whole);
 }
 
 }  // namespace
@@ -54,23 +73,21 @@ void InlineObjects::drawObject(QPainter* target, const QRectF& place, QTextDocum
   const auto picture = format.property(Picture).value<PicturePointer>();
   if (!picture) return;
   target->save();
-  const bool drawn = (painter && painter(*target, place, *picture)) || DrawImage(*target, place, picture);
+  if (!DrawPicture(*target, place, picture)) DrawPlaceholder(*target, place, *picture);
   target->restore();
-  if (!drawn) DrawPlaceholder(*target, place, *picture);
 }
 
-bool InlineObjects::DrawImage(QPainter& target, const QRectF& place, const PicturePointer& picture) {
-  if (picture->kind != "pngblip" && picture->kind != "jpegblip") return false;
-  Decoded* decoded = images_.object(picture.get());
-  if (decoded == nullptr) {
-    decoded = new Decoded{picture, QImage::fromData(reinterpret_cast<const uchar*>(picture->bytes.data()),
-                                                    static_cast<int>(picture->bytes.size()))};
-    const auto cost = std::clamp<qsizetype>(decoded->image.sizeInBytes() / 1024, 1, images_.maxCost());
-    images_.insert(picture.get(), decoded, cost);
-  }
-  if (decoded->image.isNull()) return false;
+bool InlineObjects::DrawPicture(QPainter& target, const QRectF& place, const PicturePointer& picture) {
+  const bool onScreen = target.paintEngine()->type() == QPaintEngine::Raster;
+  const QTransform toDevice = target.deviceTransform();
+  const double pixels = onScreen ? 1 : PaperDpi / target.device()->logicalDpiX();
+  const QSizeF room = toDevice.mapRect(place).size() * pixels;
+  const QImage image = images_.ImageOf(picture, {std::max(1, static_cast<int>(std::lround(room.width()))),
+                                                 std::max(1, static_cast<int>(std::lround(room.height())))});
+  if (image.isNull()) return false;
   target.setRenderHint(QPainter::SmoothPixmapTransform);
-  target.drawImage(place, decoded->image);
+  target.setRenderHint(QPainter::LosslessImageRendering);
+  target.drawImage(onScreen ? OnWholePixels(toDevice, place) : place, image);
   return true;
 }
 

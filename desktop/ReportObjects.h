@@ -1,20 +1,15 @@
 // Hidden runs and pictures as inline objects of Qt's text documents.
 #pragma once
 
-#include <QCache>
-#include <QImage>
-#include <QMetaType>
 #include <QObject>
 #include <QSizeF>
 #include <QTextFormat>
 #include <QTextObjectInterface>
-#include <memory>
 
+#include "desktop/PictureImages.h"
 #include "desktop/RichTextDocument.h"
 
 namespace tellurix {
-
-using PicturePointer = std::shared_ptr<const PictureGroup>;
 
 inline constexpr char16_t ObjectCharacter = 0xFFFC;
 inline constexpr int InlineObject = QTextFormat::UserObject + 1;
@@ -35,24 +30,16 @@ class InlineObjects : public QObject, public QTextObjectInterface {
  public:
   explicit InlineObjects(QObject* parent) : QObject(parent) {}
 
-  PicturePainter painter;  // first asked to draw a picture; may be none
-  QSizeF paper;            // larger pictures are made smaller; invalid: no limit
+  QSizeF paper;  // larger pictures are made smaller; invalid: no limit
 
   QSizeF intrinsicSize(QTextDocument* document, int position, const QTextFormat& format) override;
   void drawObject(QPainter* target, const QRectF& place, QTextDocument* document, int position,
                   const QTextFormat& format) override;
 
  private:
-  struct Decoded {
-    PicturePointer picture;  // held, so that its address stays its own
-    QImage image;
-  };
+  bool DrawPicture(QPainter& target, const QRectF& place, const PicturePointer& picture);
 
-  bool DrawImage(QPainter& target, const QRectF& place, const PicturePointer& picture);
-
-  QCache<const PictureGroup*, Decoded> images_{256 * 1024};  // kilobytes
+  PictureImages images_;
 };
 
 }  // namespace tellurix
-
-Q_DECLARE_METATYPE(tellurix::PicturePointer)

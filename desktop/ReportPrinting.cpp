@@ -139,12 +139,12 @@ PageSetup ToPageSetup(const QPageLayout& layout) {
           margins.right(),        margins.bottom()};
 }
 
-int PrintRichText(const RichText& text, QPagedPaintDevice& device, const PicturePainter& painter, PageRange range) {
+int PrintRichText(const RichText& text, QPagedPaintDevice& device, PageRange range) {
   const QSizeF page(device.width(), device.height());  // inside the margins
   QTextDocument document;
   document.setUndoRedoEnabled(false);
   document.setDocumentMargin(0);
-  PrepareDocument(document, painter);
+  PrepareDocument(document);
   QAbstractTextDocumentLayout& layout = *document.documentLayout();
   layout.setPaintDevice(&device);
   SetPaperSize(document, page);
@@ -181,8 +181,7 @@ int PrintRichText(const RichText& text, QPagedPaintDevice& device, const Picture
   return target.end() ? last - first + 1 : -1;
 }
 
-bool WritePdf(const RichText& text, const PageSetup& setup, const PicturePainter& painter, const QString& title,
-              const QString& path, QString& error) {
+bool WritePdf(const RichText& text, const PageSetup& setup, const QString& title, const QString& path, QString& error) {
   QSaveFile file(path);
   if (!file.open(QIODevice::WriteOnly)) {
     error = file.errorString();
@@ -194,7 +193,7 @@ bool WritePdf(const RichText& text, const PageSetup& setup, const PicturePainter
     writer.setPageLayout(ToPageLayout(setup));
     writer.setTitle(title);
     writer.setCreator(QStringLiteral("Tellurix"));
-    drawn = PrintRichText(text, writer, painter) > 0;
+    drawn = PrintRichText(text, writer) > 0;
   }
   if (drawn && file.commit()) return true;
   error = drawn ? file.errorString() : QStringLiteral("The pages could not be drawn.");

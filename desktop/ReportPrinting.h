@@ -34,10 +34,9 @@ struct PageRange {  // 1-based; 0 and 0 is all
 // Draws the report page by page. What is marked to be kept with the next paragraph stays with it, and a table that fits
 // on a page is not split over two; heads of longer tables come again on every page. Tables wider than the page are
 // narrowed, pictures larger than it made smaller. The number of pages drawn; -1 when the device takes no painting.
-int PrintRichText(const RichText& text, QPagedPaintDevice& device, const PicturePainter& painter, PageRange range = {});
+int PrintRichText(const RichText& text, QPagedPaintDevice& device, PageRange range = {});
 
 // Writes a PDF file, whole or not at all; false with the reason in `error`.
-bool WritePdf(const RichText& text, const PageSetup& setup, const PicturePainter& painter, const QString& title,
-              const QString& path, QString& error);
+bool WritePdf(const RichText& text, const PageSetup& setup, const QString& title, const QString& path, QString& error);
 
 }  // namespace tellurix

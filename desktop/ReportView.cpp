@@ -20,7 +20,9 @@
 #include <cmath>
 #include <limits>
 
+#include "desktop/PictureImages.h"
 #include "desktop/ReportFindBar.h"
+#include "graphics/ImageExport.h"
 #include "report/RtfPicture.h"
 
 namespace tellurix {
@@ -74,12 +76,17 @@ RichText FromHtml(const QString& html) {
   return ToRichText(document);
 }
 
-std::shared_ptr<const PictureGroup> FromImage(const QImage& image) {
-  if (image.isNull()) return nullptr;
+// Empty when it cannot be written.
+QByteArray PngOf(const QImage& image) {
   QByteArray bytes;
   QBuffer buffer(&bytes);
   buffer.open(QIODevice::WriteOnly);
-  if (!image.save(&buffer, "PNG")) return nullptr;
+  return !image.isNull() && image.save(&buffer, "PNG") ? bytes : QByteArray();
+}
+
+std::shared_ptr<const PictureGroup> FromImage(const QImage& image) {
+  const QByteArray bytes = PngOf(image);
+  if (bytes.isEmpty()) return nullptr;
   PictureGroup picture;
   picture.kind = "pngblip";
   picture.bytes = bytes.toStdString();
@@ -90,14 +97,17 @@ std::shared_ptr<const PictureGroup> FromImage(const QImage& image) {
   return std::make_shared<const PictureGroup>(std::move(picture));
 }
 
-// The pictures that browsers know, as HTML within the page; placeholders for the others.
+// A picture as HTML within the page; a placeholder for one that cannot be drawn.
 std::string ImageMarkup(const PictureGroup& picture) {
-  if (picture.kind != "pngblip" && picture.kind != "jpegblip") return {};
+  const bool isJpeg = picture.kind == "jpegblip";
+  QByteArray bytes = QByteArray::fromStdString(picture.bytes);
+  if (!isJpeg && picture.kind != "pngblip") {
+    bytes = PngOf(ImageForOthers(picture));
+    if (bytes.isEmpty()) return {};
+  }
   const auto [width, height] = PictureSize(picture);
-  const QByteArray bytes = QByteArray::fromStdString(picture.bytes).toBase64();
   return "<img width=\"" + std::to_string(width / 15) + "\" height=\"" + std::to_string(height / 15) +
-         "\" src=\"data:image/" + (picture.kind == "pngblip" ? "png" : "jpeg") + ";base64," + bytes.toStdString() +
-         "\">";
+         "\" src=\"data:image/" + (isJpeg ? "jpeg" : "png") + ";base64," + bytes.toBase64().toStdString() + "\">";
 }
 
 // A selection on its way to another program, written in the format that is asked for.
@@ -120,7 +130,7 @@ class SelectionData : public QMimeData {
     if (type == QLatin1String("text/plain")) return ToPlainText(text_, endsInMark_);
     if (const PictureGroup* picture = OnlyPicture();
         picture != nullptr && type.startsWith(QLatin1String("application")))
-      return QImage::fromData(QByteArray::fromStdString(picture->bytes));
+      return ImageForOthers(*picture);
     return {};
   }
 
@@ -131,7 +141,8 @@ class SelectionData : public QMimeData {
     const auto* paragraph = std::get_if<Paragraph>(&text_.blocks.front());
     if (paragraph == nullptr || paragraph->runs.size() != 1) return nullptr;
     const PictureGroup* picture = paragraph->runs.front().picture.get();
-    const bool known = picture != nullptr && (picture->kind == "pngblip" || picture->kind == "jpegblip");
+    const bool known = picture != nullptr && (picture->kind == "pngblip" || picture->kind == "jpegblip" ||
+                                              picture->kind.starts_with("wmetafile"));
     return known ? picture : nullptr;
   }
 
@@ -284,12 +295,6 @@ int ReportView::HelpTopicAtCaret() const {
 
 // Pictures
 
-void ReportView::SetPicturePainter(PicturePainter painter) {
-  painter_ = painter;
-  tellurix::SetPicturePainter(*document(), std::move(painter));
-  viewport()->update();
-}
-
 bool ReportView::ReplacePicture(int position, std::shared_ptr<const PictureGroup> picture) {
   if (isReadOnly() || !PictureAt(*document(), position)) return false;
   QTextCursor cursor(document());
@@ -318,6 +323,29 @@ int ReportView::PicturePositionAt(QPoint point) const {
     if (place.adjusted(-1, -1, 1, 1).contains(point)) return position;
   }
   return -1;
+}
+
+void ReportView::SelectPicture(int position) {
+  QTextCursor cursor(document());
+  cursor.setPosition(position);
+  cursor.setPosition(position + 1, QTextCursor::KeepAnchor);
+  setTextCursor(cursor);
+}
+
+std::shared_ptr<const PictureGroup> ReportView::ChosenPicture() const {
+  RichText text;
+  bool endsInMark = false;
+  if (textCursor().hasSelection()) text = SelectedRichText(textCursor(), endsInMark);
+  auto pictures = PicturesOf(text);
+  if (pictures.empty()) pictures = PicturesOf(ToRichText(*document()));
+  return pictures.size() == 1 ? pictures.front() : nullptr;
+}
+
+// A click on a picture selects it; what a drag has selected stays.
+void ReportView::mouseReleaseEvent(QMouseEvent* event) {
+  QTextEdit::mouseReleaseEvent(event);
+  if (event->button() != Qt::LeftButton || textCursor().hasSelection()) return;
+  if (const int picture = PicturePositionAt(event->pos()); picture >= 0) SelectPicture(picture);
 }
 
 // Hidden text and the caret
@@ -747,10 +775,7 @@ void ReportView::focusOutEvent(QFocusEvent* event) {
 void ReportView::contextMenuEvent(QContextMenuEvent* event) {
   const int picture = PicturePositionAt(event->pos());
   if (picture >= 0 && receivers(SIGNAL(PictureMenuRequested(QPoint, int))) > 0) {
-    QTextCursor cursor(document());
-    cursor.setPosition(picture);
-    cursor.setPosition(picture + 1, QTextCursor::KeepAnchor);
-    setTextCursor(cursor);
+    SelectPicture(picture);
     emit PictureMenuRequested(event->globalPos(), picture);
     return;
   }
@@ -768,14 +793,14 @@ void ReportView::contextMenuEvent(QContextMenuEvent* event) {
 bool ReportView::ExportPdf(const QString& path, QString& error) {
   Commit();
   const QString title = report_ != nullptr ? QString::fromStdString(report_->document.caption) : QString();
-  return WritePdf(report_ != nullptr ? report_->text : ToRichText(*document()), page_, painter_, title, path, error);
+  return WritePdf(report_ != nullptr ? report_->text : ToRichText(*document()), page_, title, path, error);
 }
 
 void ReportView::PrintTo(QPrinter& printer) {
   PageRange range;
   if (printer.printRange() == QPrinter::PageRange) range = {printer.fromPage(), printer.toPage()};
   Commit();
-  PrintRichText(report_ != nullptr ? report_->text : ToRichText(*document()), printer, painter_, range);
+  PrintRichText(report_ != nullptr ? report_->text : ToRichText(*document()), printer, range);
 }
 
 bool ReportView::EditPageSetup() {

@@ -4,6 +4,7 @@
 #include <QPaintDevice>
 #include <QPoint>
 #include <QTextEdit>
+#include <memory>
 #include <vector>
 
 #include "desktop/ReportPrinting.h"
@@ -41,11 +42,12 @@ class ReportView : public QTextEdit {
   // The number of the last help tag ahead of the caret, otherwise the report's own topic.
   int HelpTopicAtCaret() const;
 
-  void SetPicturePainter(PicturePainter painter);
   // Puts another picture in the place of the one at the position; false where none is or the report is read-only.
   bool ReplacePicture(int position, std::shared_ptr<const PictureGroup> picture);
   // The position of the picture under a point of the viewport, or -1.
   int PicturePositionAt(QPoint point) const;
+  // The picture that is selected, or the only one of the report; null when there is none, or several to choose from.
+  std::shared_ptr<const PictureGroup> ChosenPicture() const;
 
   double Zoom() const { return zoom_; }
   void SetZoom(double factor);  // from 0.2 to 5; the sizes in the report stay as they are
@@ -110,6 +112,7 @@ class ReportView : public QTextEdit {
   void wheelEvent(QWheelEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
   void focusOutEvent(QFocusEvent* event) override;
+  void mouseReleaseEvent(QMouseEvent* event) override;
   void contextMenuEvent(QContextMenuEvent* event) override;
 
  private:
@@ -123,6 +126,7 @@ class ReportView : public QTextEdit {
     int metric(PaintDeviceMetric metric) const override;
   };
 
+  void SelectPicture(int position);
   void ShowAppended();
   void NoteChange();
   void PutCaretBehindHiddenText();
@@ -143,7 +147,6 @@ class ReportView : public QTextEdit {
   double zoom_ = 1;
   ZoomedScreen screen_;
   PageSetup page_;
-  PicturePainter painter_;
   ReportFindBar* findBar_ = nullptr;
 };
 

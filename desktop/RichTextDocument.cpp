@@ -610,13 +610,12 @@ CharFormat ToCharFormat(const QTextCharFormat& format) {
   return result;
 }
 
-void PrepareDocument(QTextDocument& document, PicturePainter painter) {
+void PrepareDocument(QTextDocument& document) {
   QFont font(QStringLiteral("Arial"));
   font.setPointSizeF(10);
   document.setDefaultFont(font);
   document.setIndentWidth(PixelsOfTwips(1));
   auto* objects = new InlineObjects(&document);
-  objects->painter = std::move(painter);
   document.documentLayout()->registerHandler(InlineObject, objects);
   ResetDocument(document);
 }
@@ -627,10 +626,6 @@ void ResetDocument(QTextDocument& document) {
   cursor.setBlockFormat(FillerFormat());
   cursor.setBlockCharFormat(ToQtFormat(CharFormat{}));
   document.clearUndoRedoStacks();
-}
-
-void SetPicturePainter(QTextDocument& document, PicturePainter painter) {
-  if (auto* objects = ObjectsOf(document)) objects->painter = std::move(painter);
 }
 
 void SetPaperSize(QTextDocument& document, QSizeF size) {

@@ -10,7 +10,6 @@
 #pragma once
 
 #include <QList>
-#include <QRectF>
 #include <QSizeF>
 #include <QTextBlock>
 #include <QTextBlockFormat>
@@ -18,27 +17,19 @@
 #include <QTextCursor>
 #include <QTextDocument>
 #include <QTextOption>
-#include <functional>
 #include <memory>
 #include <span>
 #include <vector>
 
 #include "report/RichText.h"
 
-class QPainter;
-
 namespace tellurix {
 
-// Draws a picture into the rectangle; false where it cannot, and a placeholder stands there.
-using PicturePainter = std::function<bool(QPainter&, const QRectF&, const PictureGroup&)>;
-
 // Makes an empty document fit to hold reports: inline objects, standard font, a first block that stands for nothing.
-// Every document given to the functions below has gone through here. A painter handed in later takes effect with the
-// next painting.
-void PrepareDocument(QTextDocument& document, PicturePainter painter = {});
+// Every document given to the functions below has gone through here.
+void PrepareDocument(QTextDocument& document);
 // Empties a document that was made fit before.
 void ResetDocument(QTextDocument& document);
-void SetPicturePainter(QTextDocument& document, PicturePainter painter);
 
 // The room on a page, in pixels of the device that the document is laid out for: larger pictures are made smaller. None
 // by default.

@@ -18,6 +18,7 @@
 #include "desktop/SheetActions.h"
 #include "desktop/SheetForms.h"
 #include "desktop/WorksheetView.h"
+#include "graphics/ImageExport.h"
 #include "session/Skeleton.h"
 #include "shell/Product.h"
 #include "shell/Tools.h"
@@ -146,6 +147,15 @@ void AddReportEntries(MainWindow& main, WindowActions& on) {
     SetStartIndents(view, session.settings);
   });
   on["M_Report_Select_All"] = onReport([](ReportView& view) { view.selectAll(); });
+  on["M_Report_Export_Picture"] = onReport([&main](ReportView& view) {
+    Session& session = main.DesktopSession();
+    const auto picture = view.ChosenPicture();
+    if (picture) RunImageExport(session.host, *picture, session.graphics.fonts, session.HelpContext);
+  });
+  on["M_Report_Export_Picture"].isReady = [&main] {
+    ReportForm* report = main.ActiveReport();
+    return report && report->View().ChosenPicture();
+  };
   on["M_Report_Insert_Date"] = onReport([](ReportView& view) {
     view.textCursor().insertText(QLocale().toString(QDateTime::currentDateTime(), QLocale::ShortFormat));
   });

@@ -14,6 +14,7 @@ class MainWindow;
 struct WindowAction {
   std::function<void()> run;
   unsigned windows = InWorksheet | InReport | InMain;  // those in which it works
+  std::function<bool()> isReady;                       // whether it can do something now; none: always
 };
 
 using WindowActions = std::map<std::string, WindowAction>;

@@ -16,6 +16,7 @@
 #include "classical/VarianceRatioTest.h"
 #include "host/Form.h"
 #include "numeric/Text.h"
+#include "session/ReportGraphics.h"
 #include "shell/FileCommands.h"
 #include "workbook/data/Categorise.h"
 #include "workbook/data/ClearMissing.h"
@@ -56,6 +57,8 @@ struct Row {
 
 void AnalysisOptions(Session& session) { session.prompts.AnalysisOptions(); }
 
+void ChartOptions(Session& session) { GraphicsOptions(session); }
+
 constexpr Row Rows[] = {
     {"&File/&New Workbook", "M_New_Workbook", 100, Everywhere, fileMenu::NewWorkbook},
     {"&File/New &Report", "M_New_Report", 101, Everywhere, fileMenu::NewReport},
@@ -94,6 +97,7 @@ constexpr Row Rows[] = {
     {"&Edit/Delete S&heet", "M_Delete_Sheet", 214, Sheet},
     {"&Edit/Descri&be Column Data", "M_Describe_Column", 215, Sheet},
     {"&Edit/Select &All", "M_Report_Select_All", 250, InReportOnly},
+    {"&Edit/E&xport Picture", "M_Report_Export_Picture", 251, InReportOnly},
     {"&Insert/&Cells", "M_Insert_Cells", 300, Sheet},
     {"&Insert/&Row", "M_Insert_Row", 301, Sheet},
     {"&Insert/C&olumn", "M_Insert_Column", 302, Sheet},
@@ -333,7 +337,7 @@ constexpr Row Rows[] = {
     {"&Graphics/Sc&atter (Text)", "M_Graphics(13)", 4014, Sheet},
     {"&Graphics/Sprea&d", "M_Graphics(14)", 4015, Sheet},
     {"&Graphics/S&urvival", "M_Graphics(15)", 4016, Sheet},
-    {"&Graphics/Opt&ions", "M_Graphics(16)", 4017, Sheet},
+    {"&Graphics/Opt&ions", "M_Graphics(16)", 4017, Sheet, ChartOptions},
     {"&Tools/&Calculator", "M_Apps(0)", 5000, Everywhere},
     {"&Tools/Tellurix &Update", "M_Apps(1)", 5001, Everywhere},
     {"&Tools/&Notepad", "M_Apps(2)", 5002, Everywhere},
