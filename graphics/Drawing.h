@@ -69,18 +69,30 @@ struct DrawText {
   TextDown down = TextDown::Top;
 };
 
+// How the pixels of a bitmap meet what is there already.
+enum class BitmapMode : std::uint8_t { Copy, And, Or, Xor };
+
+struct DrawBitmap {
+  int width = 0;  // at most 32767 a side
+  int height = 0;
+  BitmapMode mode = BitmapMode::Copy;
+  std::vector<std::uint32_t> pixels;  // 0xFFRRGGBB in rows from the top
+};
+
 // One thing to draw. Its points stand in Drawing::points from `first` on: of an ellipse and a rectangle two opposite
-// corners of its box, of an arc, a chord and a pie the box and then where it begins and ends, of a text one. Where a
-// shape has several rings, the lengths of the further ones are in Drawing::rings.
+// corners of its box, of a bitmap the places of its first and of its last corner, of an arc, a chord and a pie the box
+// and then where it begins and ends, of a text one. Where a shape has several rings, the lengths of the further ones
+// are in Drawing::rings.
 struct DrawItem {
-  enum class Kind : std::uint8_t { Line, Polygon, Ellipse, Rectangle, Arc, Chord, Pie, Text, ClipBox };
+  enum class Kind : std::uint8_t { Line, Polygon, Ellipse, Rectangle, Arc, Chord, Pie, Text, Bitmap, ClipBox };
   Kind kind = Kind::Line;
   bool winding = false;  // a polygon is filled by the winding rule, else by the odd-even one
   std::uint32_t pen = 0;
   std::uint32_t brush = 0;  // of a text: its font
   std::uint32_t first = 0;
   std::uint32_t count = 0;
-  std::uint32_t text = 0;  // of a polygon: its first entry in Drawing::rings, `ringCount` of them
+  std::uint32_t text = 0;  // of a bitmap: its place in Drawing::bitmaps; of a polygon: its first entry in
+                           // Drawing::rings, `ringCount` of them
   std::uint32_t ringCount = 0;
 };
 
@@ -95,6 +107,7 @@ struct Drawing {
   std::vector<DrawPoint> points;
   std::vector<std::uint32_t> rings;
   std::vector<DrawText> texts;
+  std::vector<DrawBitmap> bitmaps;
   std::vector<DrawItem> items;
 };
 

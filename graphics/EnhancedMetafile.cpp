@@ -37,6 +37,7 @@ enum EmfRecord : std::uint32_t {
   EmfChord = 46,
   EmfPie = 47,
   EmfCreateFont = 82,
+  EmfStretchDib = 81,
   EmfTextOut = 84,
 };
 
@@ -176,6 +177,10 @@ class EmfWriter {
       WriteClip(item);
       return;
     }
+    if (item.kind == Kind::Bitmap) {
+      WriteBitmap(item);
+      return;
+    }
     Select(PenObject(item.pen), pen_);
     if (item.kind == Kind::Text) {
       WriteWords(item);
@@ -225,6 +230,24 @@ class EmfWriter {
         : item.kind == Kind::Pie   ? EmfPie
                                    : EmfRectangle,
         std::move(data));
+  }
+
+  void WriteBitmap(const DrawItem& item) {
+    static constexpr std::uint32_t operations[]{0x00CC0020, 0x008800C6, 0x00EE0086, 0x00660046};
+    constexpr std::int32_t fixedPart = 80, header = 40, planesAndBits = 1 | 32 << 16, colours = 0;
+    const DrawBitmap& bitmap = drawing_.bitmaps[item.text];
+    const auto bytes = static_cast<std::int32_t>(4 * bitmap.pixels.size());
+    const DrawPoint &from = At(item, 0), &to = At(item, 1);
+    std::string data;
+    const auto put = [&](auto... values) { (PutValue(data, static_cast<std::int32_t>(values)), ...); };
+    PutBounds(data);
+    PutPoint(data, from);
+    put(0, 0, bitmap.width, bitmap.height, fixedPart, header, fixedPart + header, bytes, colours);
+    PutValue(data, operations[static_cast<std::size_t>(bitmap.mode)]);
+    put(Whole(to.x - from.x), Whole(to.y - from.y));
+    put(header, bitmap.width, -bitmap.height, planesAndBits, 0, bytes, 0, 0, 0, 0);  // rows from the top
+    data.append(reinterpret_cast<const char*>(bitmap.pixels.data()), 4 * bitmap.pixels.size());
+    Add(EmfStretchDib, std::move(data));
   }
 
   void Set(std::uint32_t record, std::int32_t value, std::int32_t& last) {

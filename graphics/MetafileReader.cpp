@@ -5,6 +5,7 @@
 #include <utility>
 #include <variant>
 
+#include "graphics/DeviceBitmap.h"
 #include "graphics/Metafile.h"
 #include "graphics/MetafileWords.h"
 #include "numeric/Text.h"
@@ -162,6 +163,7 @@ class Reader {
         TakeComment(w);
         break;
       default:
+        if (IsBitmapRecord(record)) DrawBitmapOf(record, w);
         break;
     }
   }
@@ -369,6 +371,18 @@ class Reader {
       at += 2 * count;
     }
     if (item.count > 0) out_.items.push_back(item);
+  }
+
+  void DrawBitmapOf(std::uint16_t record, const Words& w) {
+    auto placed = ReadBitmapRecord(record, w.Text(0, 2 * w.Count()));
+    if (!placed) return;
+    DrawItem item = NewItem(DrawItem::Kind::Bitmap);
+    item.text = Index(out_.bitmaps.size());
+    item.count = 2;
+    out_.points.push_back(Place(placed->x, placed->y));
+    out_.points.push_back(Place(placed->x + placed->width, placed->y + placed->height));
+    out_.bitmaps.push_back(std::move(placed->bitmap));
+    out_.items.push_back(item);
   }
 
   // Shapes in a box: its corners are the last four words, in front of them what is particular to the shape.

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstring>
 #include <functional>
 #include <memory>
 #include <numbers>
@@ -96,6 +97,9 @@ class Renderer {
         break;
       case Kind::Text:
         DrawWords(item);
+        break;
+      case Kind::Bitmap:
+        DrawPixels(item);
         break;
       case Kind::ClipBox:
         Clip(item);
@@ -292,6 +296,43 @@ class Renderer {
       if (item.kind != Kind::Arc) cairo_close_path(context_);
     }
     cairo_set_matrix(context_, &before);
+  }
+
+  void DrawPixels(const DrawItem& item) {
+    const DrawBitmap& bitmap = drawing_.bitmaps[item.text];
+    const std::vector<DrawPoint>& corners = Placed(item.first, 2);
+    const auto onGrid = [&](double v) { return snaps_ ? std::round(v) : v; };
+    const double x = onGrid(corners[0].x), y = onGrid(corners[0].y);
+    const double width = onGrid(corners[1].x) - x, height = onGrid(corners[1].y) - y;
+    if (std::fabs(width) < 1e-3 || std::fabs(height) < 1e-3) return;
+    cairo_surface_t* surface = SurfaceOf(bitmap);
+    cairo_save(context_);
+    cairo_rectangle(context_, x, y, width, height);
+    cairo_clip(context_);
+    cairo_translate(context_, x, y);
+    cairo_scale(context_, width / bitmap.width, height / bitmap.height);
+    cairo_set_source_surface(context_, surface, 0, 0);
+    cairo_pattern_set_extend(cairo_get_source(context_), CAIRO_EXTEND_PAD);
+    static constexpr cairo_operator_t operators[]{CAIRO_OPERATOR_OVER, CAIRO_OPERATOR_MULTIPLY, CAIRO_OPERATOR_SCREEN,
+                                                  CAIRO_OPERATOR_DIFFERENCE};
+    cairo_set_operator(context_, operators[static_cast<std::size_t>(bitmap.mode)]);
+    cairo_paint(context_);
+    cairo_restore(context_);
+    cairo_surface_destroy(surface);
+  }
+
+  static cairo_surface_t* SurfaceOf(const DrawBitmap& bitmap) {
+    cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_RGB24, bitmap.width, bitmap.height);
+    if (cairo_surface_status(surface) != CAIRO_STATUS_SUCCESS) return surface;
+    cairo_surface_flush(surface);
+    unsigned char* row = cairo_image_surface_get_data(surface);
+    const auto width = static_cast<std::size_t>(bitmap.width);
+    for (std::size_t y = 0; y < static_cast<std::size_t>(bitmap.height); ++y) {
+      std::memcpy(row, bitmap.pixels.data() + y * width, 4 * width);
+      row += cairo_image_surface_get_stride(surface);
+    }
+    cairo_surface_mark_dirty(surface);
+    return surface;
   }
 
   void Clip(const DrawItem& item) {

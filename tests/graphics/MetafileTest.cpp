@@ -199,7 +199,7 @@ TEST(ForeignMetafile, WindowsStatesAndShapes) {
                             Record(wmf::PolyPolygon, {2, 3, 3, 20, 10, 30, 10, 20, 0, 40, 10, 50, 10, 40, 0}) +
                             Record(wmf::SaveDc, {}) + Record(wmf::SetWindowExt, {-25, 200}) +
                             Record(wmf::Rectangle, {0, 40, 10, 20}) + Record(wmf::RestoreDc, {-1}) +
-                            Record(0x0F43, {1, 2, 3}) +  // a bitmap, which is passed over
+                            Record(0x0F43, {1, 2, 3}) +  // a bitmap cut short, which is passed over
                             Record(wmf::ExtTextOut, {5, 30, 4, 2, 0, 0, 0, 0, 0x9342, 0x4394}) + Record(wmf::Eof, {});
   const auto drawing = ReadMetafile(bytes);
   ASSERT_TRUE(drawing);
@@ -220,6 +220,81 @@ TEST(ForeignMetafile, WindowsStatesAndShapes) {
   EXPECT_EQ(drawing->texts[0].text, "B“”C") << "Windows-1252";
 }
 
+// Words of a bitmap of 3 by 2 pixels, two colours: red and blue; the upper row is red, blue, red, the lower one blue.
+std::vector<int> TwoRows(bool fromTop) {
+  std::vector<int> words{40, 0, 3, 0, fromTop ? -2 : 2, fromTop ? -1 : 0, 1, 1, 0, 0, 0, 0, 0, 0, 0, 0, 2, 0, 0, 0};
+  words.insert(words.end(), {0x0000, 0x00FF, 0x00FF, 0x0000});  // red, then blue: blue, green, red, nothing
+  const std::vector<int> upper{0x40, 0}, lower{0xE0, 0};
+  for (const auto& row : {fromTop ? upper : lower, fromTop ? lower : upper}) {
+    words.insert(words.end(), row.begin(), row.end());
+  }
+  return words;
+}
+
+std::string WithBitmap(std::uint16_t function, std::vector<int> parameters, const std::vector<int>& bitmap) {
+  parameters.insert(parameters.end(), bitmap.begin(), bitmap.end());
+  return Header() + Record(wmf::SetWindowExt, {100, 100}) + Record(function, parameters) + Record(wmf::Eof, {});
+}
+
+// The four records that draw bitmaps, with rows from below and from above.
+TEST(ForeignMetafile, Bitmaps) {
+  constexpr std::uint32_t red = 0xFFFF0000, blue = 0xFF0000FF;
+  constexpr int low = 0x0020, high = 0x00CC;  // the operation that copies
+  for (const bool fromTop : {false, true}) {
+    const std::vector<int> bitmap = TwoRows(fromTop);
+    for (const std::string& bytes : {WithBitmap(0x0F43, {low, high, 0, 2, 3, 0, 0, 20, 30, 40, 50}, bitmap),
+                                     WithBitmap(0x0B41, {low, high, 2, 3, 0, 0, 20, 30, 40, 50}, bitmap),
+                                     WithBitmap(0x0940, {low, high, 0, 0, 2, 3, 40, 50}, bitmap),
+                                     WithBitmap(0x0D33, {0, 2, 0, 0, 0, 2, 3, 40, 50}, bitmap)}) {
+      const auto drawing = ReadMetafile(bytes);
+      ASSERT_TRUE(drawing);
+      ASSERT_EQ(drawing->bitmaps.size(), 1U);
+      EXPECT_EQ(drawing->bitmaps[0].width, 3);
+      EXPECT_EQ(drawing->bitmaps[0].height, 2);
+      EXPECT_EQ(drawing->bitmaps[0].pixels, (std::vector<std::uint32_t>{red, blue, red, blue, blue, blue}));
+      EXPECT_EQ(drawing->points[0].x, 50);
+      EXPECT_EQ(drawing->points[0].y, 40);
+      const bool isStretched = drawing->points[1].x == 80 && drawing->points[1].y == 60;
+      const bool isPlain = drawing->points[1].x == 53 && drawing->points[1].y == 42;
+      EXPECT_TRUE(isStretched || isPlain);
+    }
+  }
+}
+
+TEST(ForeignMetafile, BitmapsAreDrawnInPartTurnedOverAndMixed) {
+  constexpr std::uint32_t red = 0xFFFF0000, blue = 0xFF0000FF, white = 0xFFFFFFFF;
+  FontBook fonts;
+  const auto drawn = [&](const std::vector<int>& parameters) {
+    const auto drawing = ReadMetafile(WithBitmap(0x0F43, parameters, TwoRows(false)));
+    EXPECT_TRUE(drawing);
+    EXPECT_FALSE(WriteEnhancedMetafile(*drawing, 1000, 1000).empty());
+    const Image image = RenderImage(*drawing, fonts, 100, 100);
+    // In the middle of each enlarged pixel; between them the colours run into each other.
+    const auto at = [&](int x, int y) {
+      const std::uint32_t pixel = image.pixels[static_cast<std::size_t>(100 * y + x)];
+      return (pixel & 0xFF00) > 0x8000 ? white : (pixel & 0xFF0000) > 0x800000 ? red : blue;
+    };
+    return std::vector<std::uint32_t>{at(10, 10), at(30, 10), at(50, 10), at(10, 30), at(70, 70)};
+  };
+  constexpr int copy = 0x00CC;
+  EXPECT_EQ(drawn({0x0020, copy, 0, 2, 3, 0, 0, 40, 60, 0, 0}), (std::vector{red, blue, red, blue, white}));
+  EXPECT_EQ(drawn({0x0020, copy, 0, 2, 3, 0, 0, -40, 60, 40, 0}), (std::vector{blue, blue, blue, red, white}));
+  // The upper row from its second pixel on: rows are counted from below.
+  EXPECT_EQ(drawn({0x0020, copy, 0, 1, 2, 1, 1, 40, 40, 0, 0}), (std::vector{blue, red, white, blue, white}));
+  // Upon itself: the same where both are kept, black where they cancel out.
+  const auto twice = [&](int low, int high) {
+    std::string bytes = WithBitmap(0x0F43, {0x0020, copy, 0, 2, 3, 0, 0, 40, 60, 0, 0}, TwoRows(false));
+    const std::string again = WithBitmap(0x0F43, {low, high, 0, 2, 3, 0, 0, 40, 60, 0, 0}, TwoRows(false));
+    const std::size_t end = bytes.size() - Record(wmf::Eof, {}).size();
+    const auto drawing = ReadMetafile(bytes.substr(0, end) + again.substr(Header().size()));
+    EXPECT_TRUE(drawing);
+    return RenderImage(*drawing, fonts, 100, 100).pixels[1010] & 0xFFFFFF;
+  };
+  EXPECT_EQ(twice(0x00C6, 0x0088), 0xFF0000U) << "and";
+  EXPECT_EQ(twice(0x0086, 0x00EE), 0xFF0000U) << "or";
+  EXPECT_EQ(twice(0x0046, 0x0066), 0U) << "exclusive or";
+}
+
 TEST(ForeignMetafile, RefusesWhatIsNone) {
   for (const std::string& bytes : {std::string(), std::string("\x01"), std::string(200, 'x'), Header(),
                                    PlaceableHeader(10, 10), std::string("\x89PNG\r\n\x1a\n")}) {
@@ -229,14 +304,21 @@ TEST(ForeignMetafile, RefusesWhatIsNone) {
 
 // Damage of every kind: whatever is read back is drawn, in every form.
 TEST_F(Charts, DamagedMetafilesDoNoHarm) {
-  const std::string good = Recorded([&] {
+  std::string good = Recorded([&] {
     graphics.page.Categories = {"a", "ß"};
     graphics.DrawFrame(true, "Title with Ω", -9);
     for (int i = 0; i < 9; ++i) graphics.DrawMarker(200 + 50 * i, 300, 9, i);
     graphics.picture.SetBrush(Hatch::Forward);
     graphics.picture.Ellipse(100, 300, 140, 200);
     graphics.DrawAxisTitleY("A title that reads upward, turned");
+    graphics.picture.SelectPen({.Width = 2, .Style = 3});
+    graphics.picture.MoveTo(160, 120);
+    graphics.picture.LineTo(700, 500);
   });
+  std::vector<int> bitmap{0x0020, 0x00CC, 0, 2, 3, 0, 0, 90, 90, 300, 300};
+  const std::vector<int> rows = TwoRows(false);
+  bitmap.insert(bitmap.end(), rows.begin(), rows.end());
+  good.insert(Header().size(), Record(0x0F43, bitmap));
   const char* rounds = std::getenv("TELLURIX_FUZZ_ROUNDS");
   std::mt19937 random(7);
   const auto below = [&](std::size_t n) { return std::uniform_int_distribution<std::size_t>(0, n - 1)(random); };
