@@ -181,6 +181,8 @@ double RowExpression::Evaluate(std::span<const double> values) {
   return evaluator_.lastResult_;
 }
 
+bool RowExpression::Uses(std::size_t name) const { return compiled_->isUsed[name]; }
+
 bool HasGroupingSymbol(std::string_view text, const Regional& regional) {
   const std::string& symbol = regional.groupingSymbol;
   if (symbol.empty()) return false;
@@ -190,6 +192,10 @@ bool HasGroupingSymbol(std::string_view text, const Regional& regional) {
     if (text[i] == ' ' && isDigit(text[i - 1]) && isDigit(text[i + 1])) return true;
   }
   return false;
+}
+
+std::string WithoutGroupingSymbol(std::string_view text, const Regional& regional) {
+  return ReplaceAll(text, regional.groupingSymbol, "");
 }
 
 }  // namespace tellurix

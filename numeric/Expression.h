@@ -57,6 +57,8 @@ class RowExpression {
   // One number for each name, none of them MissingValue.
   double Evaluate(std::span<const double> values);
 
+  bool Uses(std::size_t name) const;  // whether the text holds it
+
  private:
   struct Compiled;
 
@@ -67,5 +69,6 @@ class RowExpression {
 // Whether a grouping symbol of the region stands in the text, which callers refuse. A blank as the symbol counts
 // between digits only.
 bool HasGroupingSymbol(std::string_view text, const Regional& regional);
+std::string WithoutGroupingSymbol(std::string_view text, const Regional& regional);
 
 }  // namespace tellurix

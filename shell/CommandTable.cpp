@@ -18,11 +18,14 @@
 #include "numeric/Text.h"
 #include "session/ReportGraphics.h"
 #include "shell/FileCommands.h"
+#include "workbook/data/ApplyFunction.h"
 #include "workbook/data/Categorise.h"
 #include "workbook/data/ClearMissing.h"
 #include "workbook/data/CombineSplit.h"
 #include "workbook/data/DateIntervals.h"
 #include "workbook/data/DummyVariables.h"
+#include "workbook/data/Extract.h"
+#include "workbook/data/FillSeries.h"
 #include "workbook/data/Pairwise.h"
 #include "workbook/data/RandomNumbers.h"
 #include "workbook/data/RankScores.h"
@@ -165,16 +168,16 @@ constexpr Row Rows[] = {
     {"&Data/&Pairwise/&Means", "M_Pairwise(1)", 1027, Sheet, PairwiseMeans},
     {"&Data/&Pairwise/&Slopes", "M_Pairwise(2)", 1028, Sheet, PairwiseSlopes},
     {"&Data/&Grouping/&Categorise", "M_Grouping(0)", 1029, Sheet, Categorise},
-    {"&Data/&Grouping/&Extract", "M_Grouping(1)", 1030, Sheet},
+    {"&Data/&Grouping/&Extract", "M_Grouping(1)", 1030, Sheet, Extract},
     {"&Data/&Grouping/C&ombine", "M_Grouping(2)", 1031, Sheet, CombineColumns},
     {"&Data/&Grouping/&Split", "M_Grouping(3)", 1032, Sheet, SplitColumns},
     {"&Data/&Grouping/&Tabulate", "M_Grouping(4)", 1033, Sheet, Tabulate},
     {"&Data/&Grouping/&Detabulate", "M_Grouping(5)", 1034, Sheet, Detabulate},
-    {"&Data/&Apply Function", "M_Datax(0)", 1035, Sheet},
+    {"&Data/&Apply Function", "M_Datax(0)", 1035, Sheet, ApplyFunction},
     {"&Data/&Clear Missing Data", "M_Datax(1)", 1036, Sheet, ClearMissingData},
     {"&Data/&Date && Time Intervals", "M_Datax(2)", 1037, Sheet, DateIntervals},
     {"&Data/Dummy &Variables", "M_Datax(3)", 1038, Sheet, MakeDummyVariables},
-    {"&Data/&Fill Series", "M_Datax(4)", 1039, Sheet},
+    {"&Data/&Fill Series", "M_Datax(4)", 1039, Sheet, FillSeries},
     {"&Data/&Normal Scores", "M_Datax(5)", 1040, Sheet, NormalScores},
     {"&Data/Ran&k", "M_Datax(6)", 1041, Sheet, RankColumns},
     {"&Data/Rotate Data &Block", "M_Datax(7)", 1042, Sheet, RotateDataBlock},
