@@ -95,6 +95,15 @@ TEST_F(DataColumns, WordsAreNoNumbers) {
   }
 }
 
+// The other radio of the bar begins the command anew, also where a cancel would go on without linked columns.
+TEST_F(DataColumns, FlippingTheRadiosAtTheLinkStartsAgain) {
+  const std::string asked = "set \"Link to other variable\" on\npress OK\n";
+  EXPECT_EQ(Play("run M_Sort(0)\nselect A:A\n" + asked + "groups by identifier\nselect A:A\n" + asked +
+                 "cancel\npick \"Book 01\"\n"),
+            "");
+  EXPECT_EQ(Book().LastCol(), 4);
+}
+
 TEST_F(DataColumns, PairsHaveToFitTheSheet) {
   // 1448 * 1447 / 2 = 1 047 628 pairs fit, 1449 * 1448 / 2 = 1 049 076 do not.
   for (int row = 1; row <= 1449; ++row) Book().NumberRC(row, 5, row);
