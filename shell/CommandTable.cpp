@@ -30,6 +30,7 @@
 #include "workbook/data/RandomNumbers.h"
 #include "workbook/data/RankScores.h"
 #include "workbook/data/RotateBlock.h"
+#include "workbook/data/SearchReplace.h"
 #include "workbook/data/SortRows.h"
 #include "workbook/data/SortedColumns.h"
 #include "workbook/data/Standardization.h"
@@ -181,7 +182,7 @@ constexpr Row Rows[] = {
     {"&Data/&Normal Scores", "M_Datax(5)", 1040, Sheet, NormalScores},
     {"&Data/Ran&k", "M_Datax(6)", 1041, Sheet, RankColumns},
     {"&Data/Rotate Data &Block", "M_Datax(7)", 1042, Sheet, RotateDataBlock},
-    {"&Data/S&earch && Replace", "M_Datax(8)", 1043, Sheet},
+    {"&Data/S&earch && Replace", "M_Datax(8)", 1043, Sheet, SearchAndReplace},
     {"&Data/Standard&ization", "M_Datax(9)", 1044, Sheet, Standardization},
     {"&Data/Te&xt to Numbers", "M_Datax(10)", 1045, Sheet, TextToNumbers},
     {"&Analysis/&Exact Tests on Counts/&Sign", "M_Exact(0)", 2000, Screen},
