@@ -6,6 +6,7 @@
 #include <QColorDialog>
 #include <QComboBox>
 #include <QDialogButtonBox>
+#include <QFontMetrics>
 #include <QFormLayout>
 #include <QGroupBox>
 #include <QHeaderView>
@@ -64,6 +65,15 @@ void GrowToText(QWidget& window) {
   if (needed > window.height()) window.resize(window.width(), needed);
 }
 
+// Wide enough for a title to be read beside the window's icon and buttons.
+int WidthForTitle(const QWidget& window) {
+  constexpr int iconAndButtons = 120, widest = 560;
+  QFont bold = window.font();
+  bold.setBold(true);
+  const QString title = window.windowTitle() + " — " + QGuiApplication::applicationDisplayName();
+  return std::min(QFontMetrics(bold).horizontalAdvance(title) + iconAndButtons, widest);
+}
+
 }  // namespace
 
 FormDialog::FormDialog(Form& form, QWidget* owner, std::function<void(int)> showHelp)
@@ -71,6 +81,7 @@ FormDialog::FormDialog(Form& form, QWidget* owner, std::function<void(int)> show
   setWindowTitle(Q(form_.title));
   setWindowFlag(Qt::WindowContextHelpButtonHint, false);
   Build();
+  setMinimumWidth(WidthForTitle(*this));
   form_.view = [this](std::string_view id) { FormChanged(id); };
 }
 

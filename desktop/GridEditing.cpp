@@ -329,10 +329,11 @@ namespace {
 
 class Matcher {
  public:
-  Matcher(std::string_view text, const FindOptions& options)
+  Matcher(std::string_view text, const FindOptions& options, const Regional& regional)
       : options_(options),
+        regional_(regional),
         text_(options.matchCase ? std::string(text) : FoldCase(text)),
-        inNumbers_(text_.find_first_not_of("0123456789+-.eE") == std::string::npos),
+        inNumbers_(text_.find_first_not_of("0123456789+-eE" + regional.decimalSymbol) == std::string::npos),
         inLogicals_(text.find_first_not_of("TRUEFALSEtruefalse") == std::string_view::npos) {}
 
   bool Matches(const Workbook& workbook, int row, int column) const {
@@ -341,8 +342,7 @@ class Matcher {
       case EmptyCell:
         return false;
       case NumberCell:
-        if (!inNumbers_) return false;
-        break;
+        return inNumbers_ && Holds(Localized(workbook.FormattedTextRC(row, column), regional_));
       case LogicalCell:
         if (!inLogicals_) return false;
         break;
@@ -395,6 +395,7 @@ class Matcher {
   }
 
   FindOptions options_;
+  const Regional& regional_;
   std::string text_;
   bool inNumbers_;
   bool inLogicals_;
@@ -416,11 +417,12 @@ bool ReplaceIn(Workbook& workbook, int row, int column, const Matcher& matcher, 
 
 }  // namespace
 
-bool FindNext(const Workbook& workbook, std::string_view text, const FindOptions& options, int& row, int& column) {
+bool FindNext(const Workbook& workbook, std::string_view text, const FindOptions& options, const Regional& regional,
+              int& row, int& column) {
   const int rows = workbook.LastRow();
   const int columns = workbook.LastCol();
   if (text.empty() || rows == 0 || columns == 0) return false;
-  const Matcher matcher(text, options);
+  const Matcher matcher(text, options, regional);
   // Cells are numbered in the order of the search.
   const std::int64_t line = options.byColumns ? rows : columns;
   const std::int64_t count = static_cast<std::int64_t>(rows) * columns;
@@ -455,7 +457,7 @@ bool FindNext(const Workbook& workbook, std::string_view text, const FindOptions
 int ReplaceAll(Workbook& workbook, std::string_view text, std::string_view by, const FindOptions& options,
                const Regional& regional) {
   if (text.empty()) return 0;
-  const Matcher matcher(text, options);
+  const Matcher matcher(text, options, regional);
   const GridStep step(workbook, "Replace");
   int replaced = 0;
   const int rows = workbook.LastRow();
@@ -470,7 +472,7 @@ int ReplaceAll(Workbook& workbook, std::string_view text, std::string_view by, c
 bool ReplaceOne(Workbook& workbook, int row, int column, std::string_view text, std::string_view by,
                 const FindOptions& options, const Regional& regional) {
   if (text.empty()) return false;
-  const Matcher matcher(text, options);
+  const Matcher matcher(text, options, regional);
   const GridStep step(workbook, "Replace");
   return matcher.Matches(workbook, row, column) && ReplaceIn(workbook, row, column, matcher, by, regional);
 }

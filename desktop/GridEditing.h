@@ -119,8 +119,10 @@ struct FindOptions {
   bool backwards = false;
 };
 
-// The nearest cell after the given one, round the end of the sheet back to it, whose displayed text holds the text.
-bool FindNext(const Workbook& workbook, std::string_view text, const FindOptions& options, int& row, int& column);
+// The nearest cell after the given one, round the end of the sheet back to it, whose displayed text, with the
+// decimal symbol of the region, holds the text.
+bool FindNext(const Workbook& workbook, std::string_view text, const FindOptions& options, const Regional& regional,
+              int& row, int& column);
 
 // Replaces in every cell that is no formula, as one step, and answers in how many. The texts that come of it are
 // entered as if typed.

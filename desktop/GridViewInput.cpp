@@ -1213,7 +1213,7 @@ bool GridView::Find(const QString& text, const FindOptions& options) {
   if (!CommitEdit()) return false;
   int row = workbook_.ActiveRow();
   int column = workbook_.ActiveColumn();
-  if (!FindNext(workbook_, text.toStdString(), options, row, column)) return false;
+  if (!FindNext(workbook_, text.toStdString(), options, regional_, row, column)) return false;
   Select({row, column, row, column});
   return true;
 }

@@ -124,7 +124,11 @@ MainWindow::MainWindow(Paths paths, const fs::path& settingsFile)
   documents_.onWorkbookActivated = [this](Workbook& workbook) {
     for (QMdiSubWindow* child : area_->subWindowList()) {
       auto* form = qobject_cast<WorksheetForm*>(child);
-      if (form && &form->Book() == &workbook) area_->setActiveSubWindow(form);
+      if (!form || &form->Book() != &workbook) continue;
+      area_->setActiveSubWindow(form);
+      // A command may have chosen another cell.
+      form->View().Refresh();
+      form->View().Grid()->ScrollTo(workbook.ActiveRow(), workbook.ActiveColumn());
     }
   };
   connect(area_, &QMdiArea::subWindowActivated, this, &MainWindow::ChildActivated);

@@ -172,9 +172,10 @@ TEST(GridEditing, FindsInEitherOrderAndDirection) {
   book.TextRC(2, 1, "ärzte und so");
   book.TextRC(3, 3, "ÄRZTE");
   book.NumberRC(2, 3, 12.5);
+  Regional region;
   using Place = std::pair<int, int>;
   const auto next = [&](const char* text, FindOptions options, int row, int column) {
-    return FindNext(book, text, options, row, column) ? Place{row, column} : Place{0, 0};
+    return FindNext(book, text, options, region, row, column) ? Place{row, column} : Place{0, 0};
   };
   EXPECT_EQ(next("ärzte", {}, 1, 1), Place(1, 2));
   EXPECT_EQ(next("ärzte", {}, 1, 2), Place(2, 1));
@@ -186,6 +187,10 @@ TEST(GridEditing, FindsInEitherOrderAndDirection) {
   EXPECT_EQ(next("ärzte", {.backwards = true}, 3, 3), Place(2, 1));
   EXPECT_EQ(next("2.5", {}, 1, 1), Place(2, 3));
   EXPECT_EQ(next("none", {}, 1, 1), Place(0, 0));
+  region.decimalSymbol = ",";
+  EXPECT_EQ(next("2.5", {}, 1, 1), Place(0, 0));
+  EXPECT_EQ(next("2,5", {}, 1, 1), Place(2, 3));
+  EXPECT_EQ(next("12,5", {.wholeCell = true}, 1, 1), Place(2, 3));
   // From beside and below the used part.
   EXPECT_EQ(next("ärzte", {}, 1, 9), Place(2, 1));
   EXPECT_EQ(next("ärzte", {.backwards = true}, 1, 9), Place(1, 2));

@@ -53,9 +53,9 @@ class CutForm {
                                                   Text(sorted.front()), Text(sorted.back())),
                                       "&", "&&"));
     form_.AddLabel("rule",
-                   "A value falls in the first class whose upper bound it does not exceed;\n"
-                   "values above the last bound make one more class.");
-    form_.AddCombo("suggestion", "Suggest &classes of equal:", {"width", "size"}, EqualWidth);
+                   "A value falls in the first class whose upper bound it does not exceed. Values above the last bound "
+                   "make one more class.");
+    form_.AddCombo("suggestion", "Suggest classes of e&qual:", {"width", "size"}, EqualWidth);
     form_.AddText("groups", "&Number of classes:", "4");
     form_.AddButton("suggest", "&Suggest", ButtonRole::None);
     form_.Add({.kind = ControlKind::Grid, .id = "cuts", .items = {"Upper bound"}, .cells = GridOf({}, regional_)});

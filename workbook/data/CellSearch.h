@@ -30,6 +30,7 @@ class CellSearch {
 
   bool IsNothing() const { return kind_ == Kind::Nothing; }
   bool IsForMissing() const { return kind_ == Kind::Missing; }
+  bool IsCondition() const { return kind_ == Kind::Condition; }
   bool IsForNumbers() const { return kind_ == Kind::Number || kind_ == Kind::Condition; }
   // The text of a cell with the parts found replaced.
   std::string Replaced(std::string_view text, std::string_view by) const;

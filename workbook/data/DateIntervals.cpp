@@ -110,10 +110,11 @@ std::optional<Choice> AskInterval(Session& session, std::string_view title) {
   form.helpContext = session.HelpContext;
   form.AddCombo("unit", "&Unit of the interval:", {std::begin(Units), std::end(Units)},
                 static_cast<int>(IntervalUnit::Days));
-  const std::string group = fmt::format("From {} to", title);
-  form.AddRadio("date", "The &date below", group, true);
-  form.AddRadio("column", "A second &column of dates", group, false);
-  form.AddText("reference", fmt::format("D&ate ({}):", regional.dateForm), Today(regional));
+  constexpr const char* group = "To";
+  form.AddLabel("from", ReplaceAll(fmt::format("Interval from each date of {} to", title), "&", "&&"));
+  form.AddRadio("date", "&The date below", group, true);
+  form.AddRadio("column", "A &second column of dates", group, false);
+  form.AddText("reference", fmt::format("&Date ({}):", regional.dateForm), Today(regional));
   form.AddButton("OK", "&OK", ButtonRole::Default);
   form.AddButton("Cancel", "&Cancel", ButtonRole::Cancel);
   form.onChange = [&](const Control&) {

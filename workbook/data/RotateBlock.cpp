@@ -44,7 +44,7 @@ void Rotate(Session& session) {
   for (const CellRange& range : ranges) {
     session.results.Current().selection.push_back({"", RangeText(range), range.lastRow - range.firstRow + 1});
   }
-  if (!session.prompts.ShowOptions("^Maintain formulae|^Rotate results only", Caption,
+  if (!session.prompts.ShowOptions("^Maintain formulae|^Rotate results only",
                                    "Select what happens to formulae in the rotated block")) {
     return;
   }

@@ -58,12 +58,14 @@ class SearchForm {
     form_.helpContext = session.HelpContext;
     form_.AddText("find", "&Search for:", "");
     form_.AddText("replace", "Re&place with:", "");
-    form_.AddLabel("hint",
-                   "Search for a number, a text, {missing data}, or a condition such as x>10.\n"
-                   "Replace numbers by an expression in x such as x/10.");
+    form_.AddLabel(
+        "hint",
+        "Search for a number, a text, {missing data}, or a condition such as x>10. Numbers may be replaced by "
+        "an expression in x such as x/10.");
     form_.AddCheck("whole", "Match &entire cells only", true);
     form_.AddRadio("marked", "The &marked cells", "Search in", hasMarks).enabled = hasMarks;
     form_.AddRadio("sheet", "The &whole worksheet", "Search in", !hasMarks);
+    form_.AddLabel("found", "");
     form_.AddButton("next", "&Find Next", ButtonRole::Default);
     form_.AddButton("count", "&Count", ButtonRole::None);
     form_.AddButton("all", "Replace &All", ButtonRole::None);
@@ -71,9 +73,7 @@ class SearchForm {
     form_.onPress = [this](const Control& button) {
       CellSearch search(form_.ValueOf("find"), form_.IsChecked("whole"), session_.options.regional);
       if (search.IsNothing()) return Say("Please enter what to search for.", WarningIcon);
-      if (HasGrouping("find") || HasGrouping("replace")) {
-        return Say("You must not use digit grouping symbols in the expression", WarningIcon);
-      }
+      if (search.IsCondition() && IsGrouped("find")) return;
       if (button.id == "next") return FindNext(search);
       button.id == "count" ? CountAll(search) : ReplaceAll(search);
     };
@@ -87,12 +87,11 @@ class SearchForm {
  private:
   void Say(std::string_view text, int style = InformationIcon) { ShowMessage(session_, text, style, Caption); }
 
-  // Of expressions; a number may be grouped.
-  bool HasGrouping(const char* id) const {
-    const std::string& text = form_.ValueOf(id);
-    return text.find_first_of("xX") != std::string::npos && text.find('"') == std::string::npos &&
-           HasGroupingSymbol(text, session_.options.regional) && text != MissingData &&
-           text.find_first_of("<>=+-*/^(") != std::string::npos;
+  // Whether digits are grouped in an expression, after a message.
+  bool IsGrouped(const char* id) {
+    if (!HasGroupingSymbol(form_.ValueOf(id), session_.options.regional)) return false;
+    Say("You must not use digit grouping symbols in the expression", WarningIcon);
+    return true;
   }
 
   std::vector<CellRange> Ranges() const { return Area(workbook_, form_.IsChecked("marked")); }
@@ -137,16 +136,28 @@ class SearchForm {
         const std::int64_t at = (from + i) % count;
         const int row = static_cast<int>(at / columns) + 1, column = static_cast<int>(at % columns) + 1;
         if (!search.Matches(workbook_.ReadRC(row, column)) || !LiesIn(ranges, row, column)) continue;
-        return workbook_.SetActiveCell(row, column);
+        return GoTo(row, column);
       }
     }
-    Say("Not found");
+    form_.Update("found", [](Control& label) { label.caption = "Not found"; });
+  }
+
+  // Marked ranges stay, and with them what is searched.
+  void GoTo(int row, int column) {
+    if (!session_.data.HasRangeSelected()) workbook_.SetSelection({row, column, row, column});
+    workbook_.SetActiveCell(row, column);
+    for (int i = 0; i < session_.documents.WorkbookCount(); ++i) {
+      if (&session_.documents.WorkbookAt(i) == &workbook_) session_.documents.ActivateWorkbook(i);
+    }
+    const std::string place = RangeText({row, column, row, column});
+    form_.Update("found", [&](Control& label) { label.caption = "Found in " + place; });
   }
 
   void ReplaceAll(CellSearch& search) {
     if (workbook_.SheetLocked()) return Say("The worksheet is locked.", WarningIcon);
-    const Calculation calculation(session_);
     CellReplacement replacement(form_.ValueOf("replace"), search, session_.options.regional);
+    if (replacement.IsExpression() && IsGrouped("replace")) return;
+    const Calculation calculation(session_);
     std::vector<FoundCell> found;
     std::int64_t formulas = 0, withoutValue = 0;
     const bool done = EachFound(search, [&](int row, int column, const CellView& cell) {
