@@ -1,5 +1,7 @@
 #include "desktop/PictureImages.h"
 
+#include <QPainter>
+#include <QPainterPath>
 #include <algorithm>
 #include <cmath>
 
@@ -26,6 +28,57 @@ QImage Drawn(const Drawing& drawing, FontBook& fonts, QSize size) {
   const QImage view(reinterpret_cast<const uchar*>(image.pixels.data()), image.width, image.height, 4 * image.width,
                     QImage::Format_RGB32);
   return view.copy();
+}
+
+QPainterPath PathOf(const DrawnShape& shape) {
+  using Step = DrawnShape::Step;
+  QPainterPath path;
+  path.setFillRule(shape.winding ? Qt::WindingFill : Qt::OddEvenFill);
+  std::size_t next = 0;
+  const auto point = [&] {
+    const DrawPoint& at = shape.points[next++];
+    return QPointF(at.x, at.y);
+  };
+  for (const Step step : shape.steps) {
+    if (step == Step::Move) path.moveTo(point());
+    if (step == Step::Line) path.lineTo(point());
+    if (step == Step::Curve) {
+      const QPointF first = point(), second = point();
+      path.cubicTo(first, second, point());
+    }
+    if (step == Step::Close) path.closeSubpath();
+  }
+  return path;
+}
+
+QPen PenOf(const DrawnShape& shape) {
+  const Qt::PenCapStyle cap = shape.squareCaps ? Qt::SquareCap : Qt::FlatCap;
+  QPen pen(QColor::fromRgb(shape.colour), shape.penWidth, Qt::SolidLine, cap, Qt::MiterJoin);
+  if (shape.dashes.empty()) return pen;
+  QList<qreal> pattern;  // in widths of the pen
+  for (const double length : shape.dashes) pattern.append(length / shape.penWidth);
+  pen.setDashPattern(pattern);
+  return pen;
+}
+
+QBrush BrushOf(const DrawnShape& shape) {
+  static constexpr Qt::BrushStyle hatches[]{Qt::HorPattern,   Qt::VerPattern,   Qt::FDiagPattern,
+                                            Qt::BDiagPattern, Qt::CrossPattern, Qt::DiagCrossPattern};
+  return {QColor::fromRgb(shape.colour),
+          shape.hatch ? hatches[static_cast<std::size_t>(*shape.hatch)] : Qt::SolidPattern};
+}
+
+void Paint(QPainter& target, const DrawnShape& shape) {
+  if (shape.bitmap) {
+    const DrawBitmap& bitmap = *shape.bitmap;
+    const QImage image(reinterpret_cast<const uchar*>(bitmap.pixels.data()), bitmap.width, bitmap.height,
+                       4 * bitmap.width, QImage::Format_RGB32);
+    const DrawPoint &from = shape.points[0], &to = shape.points[1];
+    const QRectF place(QPointF(from.x, from.y), QPointF(to.x, to.y));
+    return target.drawImage(place.normalized(), image.mirrored(to.x < from.x, to.y < from.y));
+  }
+  if (shape.isFilled) return target.fillPath(PathOf(shape), BrushOf(shape));
+  target.strokePath(PathOf(shape), PenOf(shape));
 }
 
 }  // namespace
@@ -59,6 +112,27 @@ QImage PictureImages::ImageOf(const PicturePointer& picture, QSize room) {
   const qsizetype size = (image.sizeInBytes() + static_cast<qsizetype>(picture->bytes.size())) / 1024;
   kept_.insert(picture.get(), now.release(), std::clamp<qsizetype>(size, 1, kept_.maxCost()));
   return image;
+}
+
+bool PictureImages::PaintShapes(QPainter& target, const QRectF& place, const PictureGroup& picture) {
+  const auto drawing = DrawingOf(picture);
+  if (!drawing) return false;
+  target.save();
+  target.setRenderHint(QPainter::Antialiasing);
+  target.translate(place.topLeft());
+  RenderShapes(*drawing, fonts_, place.width(), place.height(), [&](const DrawnShape& shape) {
+    target.save();
+    QRectF box(QPointF(0, 0), place.size());
+    if (shape.clip) {
+      const auto& [from, to] = *shape.clip;
+      box = box.intersected(QRectF(QPointF(from.x, from.y), QPointF(to.x, to.y)));
+    }
+    if (shape.clip) target.setClipRect(box, Qt::IntersectClip);
+    Paint(target, shape);
+    target.restore();
+  });
+  target.restore();
+  return true;
 }
 
 QImage ImageForOthers(const PictureGroup& picture) {

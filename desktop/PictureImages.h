@@ -5,11 +5,14 @@
 #include <QCache>
 #include <QImage>
 #include <QMetaType>
+#include <QRectF>
 #include <QSize>
 #include <memory>
 
 #include "graphics/FontBook.h"
 #include "report/RichText.h"
+
+class QPainter;
 
 namespace tellurix {
 
@@ -23,6 +26,9 @@ class PictureImages {
   // The image of a picture for a room of so many pixels: a chart has just that size, or a smaller one where it would
   // take too much memory, a bitmap its own. A null image when the picture is damaged or of a kind that is not known.
   QImage ImageOf(const PicturePointer& picture, QSize room);
+
+  // Draws a chart on paper, line by line; false for bitmaps, and for what is damaged or not known.
+  bool PaintShapes(QPainter& target, const QRectF& place, const PictureGroup& picture);
 
  private:
   struct Kept;

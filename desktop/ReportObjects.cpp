@@ -14,9 +14,6 @@ namespace tellurix {
 
 namespace {
 
-// Pixels in an inch of charts on paper, where no printer needs more.
-constexpr double PaperDpi = 600;
-
 // What stands where a picture cannot be drawn.
 void DrawPlaceholder(QPainter& target, const QRectF& place, const PictureGroup& picture) {
   const bool isKnown = picture.kind.starts_with("wmetafile") || picture.kind == "pngblip" || picture.kind == "jpegblip";
@@ -37,13 +34,9 @@ void DrawPlaceholder(QPainter& target, const QRectF& place, const PictureGroup& 
   target.restore();
 }
 
-// The place in whole pixels of a screen, so that a chart drawn for it is shown pixel by pixel; on paper, which counts
-// in finer points, as it stands.
-QRectF OnWholePixels(const QTransform& toDevice, const QRectF& place) {
-  const QRectF device = toDevice.mapRect(place);
-  const QRectF whole(device.topLeft().toPoint(),
-                     QSizeF(std::max(1.0, std::round(device.width())), std::max(1.0, std::round(device.height()))));
-  return toDevice.inverted().mapRect(whole);
+QRectF WholePixels(const QRectF& device) {
+  return {device.topLeft().toPoint(),
+          QSizeF(std::max(1.0, std::round(device.width())), std::max(1.0, std::round(device.height())))};
 }
 
 }  // namespace
@@ -77,17 +70,17 @@ void InlineObjects::drawObject(QPainter* target, const QRectF& place, QTextDocum
   target->restore();
 }
 
+// Pixel by pixel on a screen; on paper as lines and letters, which it draws finer.
 bool InlineObjects::DrawPicture(QPainter& target, const QRectF& place, const PicturePointer& picture) {
   const bool onScreen = target.paintEngine()->type() == QPaintEngine::Raster;
+  if (!onScreen && images_.PaintShapes(target, place, *picture)) return true;
   const QTransform toDevice = target.deviceTransform();
-  const double pixels = onScreen ? 1 : PaperDpi / target.device()->logicalDpiX();
-  const QSizeF room = toDevice.mapRect(place).size() * pixels;
-  const QImage image = images_.ImageOf(picture, {std::max(1, static_cast<int>(std::lround(room.width()))),
-                                                 std::max(1, static_cast<int>(std::lround(room.height())))});
+  const QRectF device = onScreen ? WholePixels(toDevice.mapRect(place)) : toDevice.mapRect(place);
+  const QImage image = images_.ImageOf(picture, device.size().toSize().expandedTo({1, 1}));
   if (image.isNull()) return false;
   target.setRenderHint(QPainter::SmoothPixmapTransform);
-  target.setRenderHint(QPainter::LosslessImageRendering);
-  target.drawImage(onScreen ? OnWholePixels(toDevice, place) : place, image);
+  target.setRenderHint(QPainter::LosslessImageRendering, picture->kind != "jpegblip");
+  target.drawImage(toDevice.inverted().mapRect(device), image);
   return true;
 }
 

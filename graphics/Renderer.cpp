@@ -76,6 +76,9 @@ class Renderer {
         scale_(std::sqrt(scaleX_ * scaleY_)),
         snaps_(grid == DeviceGrid::Pixels) {}
 
+  using TakeShape = std::function<void(const DrawnShape&)>;
+  TakeShape take;  // gets the shapes, where the device draws them itself
+
   void Draw() {
     cairo_save(context_);
     cairo_new_path(context_);
@@ -183,13 +186,67 @@ class Renderer {
     cairo_set_dash(context_, count > 0 ? dashes.data() : nullptr, count, 0);
   }
 
+  // --- to the device; the path stays ---
+
+  void FillPath(std::optional<Hatch> hatch = {}) {
+    if (!take) return cairo_fill_preserve(context_);
+    DrawnShape shape = ShapeOfPath();
+    shape.isFilled = true;
+    shape.winding = cairo_get_fill_rule(context_) == CAIRO_FILL_RULE_WINDING;
+    shape.hatch = hatch;
+    take(shape);
+  }
+
+  void StrokePath() {
+    if (!take) return cairo_stroke_preserve(context_);
+    DrawnShape shape = ShapeOfPath();
+    shape.penWidth = cairo_get_line_width(context_);
+    shape.dashes.resize(static_cast<std::size_t>(cairo_get_dash_count(context_)));
+    cairo_get_dash(context_, shape.dashes.data(), nullptr);
+    shape.squareCaps = cairo_get_line_cap(context_) != CAIRO_LINE_CAP_BUTT;
+    take(shape);
+  }
+
+  DrawnShape ShapeOfPath() const {
+    using Step = DrawnShape::Step;
+    static constexpr std::array steps{Step::Move, Step::Line, Step::Curve, Step::Close};  // as cairo numbers them
+    static constexpr std::array counts{1, 1, 3, 0};
+    DrawnShape shape = NewShape();
+    cairo_path_t* path = cairo_copy_path(context_);
+    for (int i = 0; i < path->num_data; i += path->data[i].header.length) {
+      const auto type = static_cast<std::size_t>(path->data[i].header.type);
+      shape.steps.push_back(steps[type]);
+      for (int k = 1; k <= counts[type]; ++k) {
+        DrawPoint point{path->data[i + k].point.x, path->data[i + k].point.y};
+        cairo_user_to_device(context_, &point.x, &point.y);
+        shape.points.push_back(point);
+      }
+    }
+    cairo_path_destroy(path);
+    return shape;
+  }
+
+  DrawnShape NewShape() const {
+    double red = 0, green = 0, blue = 0, alpha = 1;
+    cairo_pattern_get_rgba(cairo_get_source(context_), &red, &green, &blue, &alpha);
+    const auto part = [](double share) { return static_cast<std::uint32_t>(std::lround(255 * share)); };
+    DrawnShape shape;
+    shape.colour = part(red) << 16 | part(green) << 8 | part(blue);
+    shape.clip = clip_;
+    return shape;
+  }
+
   void Fill(const DrawBrush& brush, bool winding) {
     if (brush.kind == DrawBrush::Kind::None) return;
     cairo_set_fill_rule(context_, winding ? CAIRO_FILL_RULE_WINDING : CAIRO_FILL_RULE_EVEN_ODD);
     if (brush.kind == DrawBrush::Kind::Solid) {
       SetColour(context_, brush.colour);
-      cairo_fill_preserve(context_);
+      FillPath();
       return;
+    }
+    if (take) {
+      SetColour(context_, brush.colour);
+      return FillPath(brush.hatch);
     }
     cairo_pattern_t* pattern = HatchPattern(brush.hatch, brush.colour, scale_);
     cairo_set_source(context_, pattern);
@@ -199,7 +256,7 @@ class Renderer {
 
   void FillAndStroke(const DrawItem& item, double length) {
     Fill(drawing_.brushes[item.brush], item.winding);
-    if (SetPen(drawing_.pens[item.pen], length)) cairo_stroke_preserve(context_);
+    if (SetPen(drawing_.pens[item.pen], length)) StrokePath();
     cairo_new_path(context_);
   }
 
@@ -230,12 +287,14 @@ class Renderer {
     if (points.size() <= piece || pen.style != PenStyle::Solid) {
       AddPath(points);
       if (closed) cairo_close_path(context_);
-      cairo_stroke(context_);
+      StrokePath();
+      cairo_new_path(context_);
     } else {
       cairo_set_line_cap(context_, CAIRO_LINE_CAP_ROUND);
       for (std::size_t from = 0; from + 1 < points.size(); from += piece - 1) {
         AddPath(std::span(points).subspan(from, std::min(piece, points.size() - from)));
-        cairo_stroke(context_);
+        StrokePath();
+        cairo_new_path(context_);
       }
     }
     cairo_set_line_cap(context_, CAIRO_LINE_CAP_BUTT);
@@ -305,6 +364,12 @@ class Renderer {
     const double x = onGrid(corners[0].x), y = onGrid(corners[0].y);
     const double width = onGrid(corners[1].x) - x, height = onGrid(corners[1].y) - y;
     if (std::fabs(width) < 1e-3 || std::fabs(height) < 1e-3) return;
+    if (take) {
+      DrawnShape shape = NewShape();
+      shape.bitmap = &bitmap;
+      shape.points = {{x, y}, {x + width, y + height}};
+      return take(shape);
+    }
     cairo_surface_t* surface = SurfaceOf(bitmap);
     cairo_save(context_);
     cairo_rectangle(context_, x, y, width, height);
@@ -337,8 +402,10 @@ class Renderer {
 
   void Clip(const DrawItem& item) {
     cairo_reset_clip(context_);
+    clip_.reset();
     if (item.count < 2) return;
     const std::vector<DrawPoint>& box = Placed(item.first, 2);
+    clip_ = std::array{box[0], box[1]};
     cairo_rectangle(context_, box[0].x, box[0].y, std::max(0.0, box[1].x - box[0].x),
                     std::max(0.0, box[1].y - box[0].y));
     cairo_clip(context_);
@@ -388,14 +455,15 @@ class Renderer {
     for (const FaceRun& run : runs) {
       cairo_set_font_face(context_, run.face);
       cairo_set_font_size(context_, size);
-      if (size * scale_ <= LargestGlyph) {
+      if (!take && size * scale_ <= LargestGlyph) {
         cairo_show_text(context_, run.text.c_str());
       } else {
         cairo_text_path(context_, run.text.c_str());
         double x = 0, y = 0;
         cairo_get_current_point(context_, &x, &y);
         cairo_set_fill_rule(context_, CAIRO_FILL_RULE_WINDING);
-        cairo_fill(context_);
+        FillPath();
+        cairo_new_path(context_);
         cairo_move_to(context_, x, y);
       }
     }
@@ -406,7 +474,8 @@ class Renderer {
     const double thickness = font.height / 14;
     if (font.underline) cairo_rectangle(context_, 0, 0.1 * font.height, width, thickness);
     if (font.strike) cairo_rectangle(context_, 0, -0.27 * font.height, width, thickness);
-    cairo_fill(context_);
+    if (font.underline || font.strike) FillPath();
+    cairo_new_path(context_);
   }
 
   const Drawing& drawing_;
@@ -415,6 +484,7 @@ class Renderer {
   double width_, height_;
   double scaleX_, scaleY_, scale_;
   bool snaps_;
+  std::optional<std::array<DrawPoint, 2>> clip_;
   std::vector<DrawPoint> placed_;  // of the item being drawn
   std::vector<std::uint8_t> edges_;
 };
@@ -454,6 +524,17 @@ std::string Inlined(std::string_view svg) {
 
 void Render(const Drawing& drawing, FontBook& fonts, cairo_t* context, double width, double height, DeviceGrid grid) {
   Renderer(drawing, fonts, context, width, height, grid).Draw();
+}
+
+void RenderShapes(const Drawing& drawing, FontBook& fonts, double width, double height,
+                  const std::function<void(const DrawnShape&)>& take) {
+  cairo_surface_t* nowhere = cairo_image_surface_create(CAIRO_FORMAT_A8, 1, 1);
+  cairo_t* context = cairo_create(nowhere);
+  Renderer renderer(drawing, fonts, context, width, height, DeviceGrid::None);
+  renderer.take = take;
+  renderer.Draw();
+  cairo_destroy(context);
+  cairo_surface_destroy(nowhere);
 }
 
 Image RenderImage(const Drawing& drawing, FontBook& fonts, int width, int height) {

@@ -1,10 +1,11 @@
-// Paper that notes the images drawn on it, page by page, and prints nothing.
+// Paper that notes the images and the shapes drawn on it, page by page, and prints nothing.
 #pragma once
 
 #include <QBuffer>
 #include <QImage>
 #include <QPaintEngine>
 #include <QPainter>
+#include <QPainterPath>
 #include <QPdfWriter>
 #include <QRectF>
 #include <vector>
@@ -25,6 +26,7 @@ class NotedPaper : public QPdfWriter {
   }
 
   std::vector<NotedImage> images;
+  std::vector<QRectF> shapes;  // the boxes of paths, in pixels of the device
 
   bool newPage() override {
     ++page_;
@@ -41,7 +43,9 @@ class NotedPaper : public QPdfWriter {
     void updateState(const QPaintEngineState&) override {}
     void drawPixmap(const QRectF&, const QPixmap&, const QRectF&) override {}
     void drawPolygon(const QPointF*, int, PolygonDrawMode) override {}
-    void drawPath(const QPainterPath&) override {}
+    void drawPath(const QPainterPath& path) override {
+      paper_.shapes.push_back(painter()->transform().mapRect(path.boundingRect()));
+    }
     void drawTextItem(const QPointF&, const QTextItem&) override {}
     void drawImage(const QRectF& place, const QImage& image, const QRectF&, Qt::ImageConversionFlags) override {
       paper_.images.push_back({paper_.page_, painter()->transform().mapRect(place), image});

@@ -122,13 +122,17 @@ TEST_F(ReportPictures, SavedReportShowsTheChartAgain) {
   EXPECT_EQ(Shot(), before);
 }
 
-TEST_F(ReportPictures, PaperGetsThreeHundredDotsToTheInch) {
+TEST_F(ReportPictures, PaperGetsLinesAndLetters) {
   NotedPaper paper(ToPageLayout({}));
   ASSERT_EQ(PrintRichText(Charted(), paper), 1);
-  ASSERT_EQ(paper.images.size(), 1u);
-  const NotedImage& drawn = paper.images[0];
-  EXPECT_NEAR(drawn.place.width() / paper.logicalDpiX(), 7762 / 1440.0, 0.01) << "inches";
-  EXPECT_GE(drawn.image.width() / (drawn.place.width() / paper.logicalDpiX()), 300);
+  EXPECT_TRUE(paper.images.empty());
+  EXPECT_GT(paper.shapes.size(), 60u) << "ticks, labels, markers";
+  QRectF all;
+  for (const QRectF& shape : paper.shapes) all |= shape;
+  const double inch = paper.logicalDpiX();
+  EXPECT_GT(all.width(), 4.2 * inch) << "the frame has 900 of 210 units to the inch";
+  EXPECT_LT(all.width(), 5.39 * inch);
+  EXPECT_LT(all.height(), 3.81 * inch);
 }
 
 TEST_F(ReportPictures, DamagedPicturesAreTold) {
