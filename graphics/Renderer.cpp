@@ -528,7 +528,8 @@ void Render(const Drawing& drawing, FontBook& fonts, cairo_t* context, double wi
 
 void RenderShapes(const Drawing& drawing, FontBook& fonts, double width, double height,
                   const std::function<void(const DrawnShape&)>& take) {
-  cairo_surface_t* nowhere = cairo_image_surface_create(CAIRO_FORMAT_A8, 1, 1);
+  // Without bounds: cairo leaves out letters that lie outside of a surface.
+  cairo_surface_t* nowhere = cairo_recording_surface_create(CAIRO_CONTENT_COLOR_ALPHA, nullptr);
   cairo_t* context = cairo_create(nowhere);
   Renderer renderer(drawing, fonts, context, width, height, DeviceGrid::None);
   renderer.take = take;

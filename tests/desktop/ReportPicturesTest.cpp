@@ -133,6 +133,7 @@ TEST_F(ReportPictures, PaperGetsLinesAndLetters) {
   EXPECT_GT(all.width(), 4.2 * inch) << "the frame has 900 of 210 units to the inch";
   EXPECT_LT(all.width(), 5.39 * inch);
   EXPECT_LT(all.height(), 3.81 * inch);
+  EXPECT_GT(all.height(), 3.2 * inch) << "from the title down to the labels";
 }
 
 TEST_F(ReportPictures, DamagedPicturesAreTold) {
