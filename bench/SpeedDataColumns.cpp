@@ -28,7 +28,7 @@ void Play(benchmark::State& state, int rows, double (*value)(int), const std::st
   for (auto _ : state) {
     if (!player.Play(script)) return state.SkipWithError(player.Failure().c_str());
     state.PauseTiming();
-    workbook.Undo();
+    if (!workbook.Undo()) return state.SkipWithError("nothing was written");
     player.PlayedSession().results.Current() = {};
     state.ResumeTiming();
   }
