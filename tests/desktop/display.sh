@@ -10,7 +10,8 @@ cleanup() {
 trap cleanup EXIT
 export HOME="$home" XDG_CONFIG_HOME="$home/config" XDG_RUNTIME_DIR="$home/run"
 mkdir -m 0700 "$XDG_RUNTIME_DIR"
-Xvfb -displayfd 3 -screen 0 1280x900x24 -nolisten tcp 3>"$home/display" 2>/dev/null &
+# Without a reset, which turns those away who come just when the last window has gone.
+Xvfb -displayfd 3 -screen 0 1280x900x24 -nolisten tcp -noreset 3>"$home/display" 2>/dev/null &
 xvfb=$!
 for _ in $(seq 100); do [ -s "$home/display" ] && break; sleep 0.1; done
 DISPLAY=:$(cat "$home/display")
