@@ -22,6 +22,7 @@
 #include <QTextBrowser>
 #include <QTimer>
 #include <map>
+#include <set>
 
 #include "numeric/Text.h"
 #include "report/RichText.h"
@@ -74,6 +75,18 @@ int WidthForTitle(const QWidget& window) {
   return std::min(QFontMetrics(bold).horizontalAdvance(title) + iconAndButtons, widest);
 }
 
+// A group of radios of one dialog needs no frame; a frame has a caption to show.
+bool StandsInFrame(const Control& control) { return !control.group.empty() && control.kind != ControlKind::Radio; }
+
+// More frames than two stand side by side, or small screens would not hold them.
+bool HasFramesInRow(const Form& form) {
+  std::set<std::string> frames;
+  for (const Control& control : form.Controls()) {
+    if (StandsInFrame(control)) frames.insert(control.group);
+  }
+  return frames.size() > 2;
+}
+
 }  // namespace
 
 FormDialog::FormDialog(Form& form, QWidget* owner, std::function<void(int)> showHelp)
@@ -96,14 +109,16 @@ void FormDialog::Build() {
   std::map<std::string, QVBoxLayout*> groups;
   auto* buttons = new QDialogButtonBox(this);
   QFormLayout* rows = nullptr;  // runs of labelled controls stand in one aligned block
+  QBoxLayout* frames = outer;
+  if (HasFramesInRow(form_)) frames = new QHBoxLayout;
   const auto layoutFor = [&](const Control& control) -> QVBoxLayout* {
-    // A group of radios of one dialog needs no frame; a frame has a caption to show.
-    if (control.group.empty() || control.kind == ControlKind::Radio) return outer;
+    if (!StandsInFrame(control)) return outer;
     auto& layout = groups[control.group];
     if (!layout) {
+      if (frames != outer && frames->isEmpty()) outer->addLayout(frames);
       auto* box = new QGroupBox(Q(control.group), this);
       layout = new QVBoxLayout(box);
-      outer->addWidget(box);
+      frames->addWidget(box, 0, frames == outer ? Qt::Alignment() : Qt::AlignTop);
     }
     return layout;
   };

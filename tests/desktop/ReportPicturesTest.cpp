@@ -3,7 +3,9 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QCheckBox>
 #include <QClipboard>
+#include <QComboBox>
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QMdiArea>
@@ -247,6 +249,39 @@ TEST_F(ReportPictures, TheMenusExport) {
   EXPECT_EQ(captions, QStringList({"&Copy", "&Export Picture...", "", "&Help on this result"}));
   menu->close();
   main.ActiveReport()->State().changed = false;
+}
+
+// The options of charts, from the menu into the settings; their dialog fits on a small screen.
+TEST_F(ReportPictures, ChartOptionsAreKept) {
+  MainWindow main(ScriptPaths(TELLURIX_SOURCE_DIR), {});
+  main.show();
+  main.NewWorkbook();
+  QTest::qWait(30);
+  Session& session = main.DesktopSession();
+  EXPECT_FALSE(session.graphics.looks.BoxAxes);
+  Driver driver;
+  driver.Step(
+      "the menu", [&] { return true; },
+      [&] {
+        Driver::ClickMenu(main.menuBar(), {"Graphics", "Options"});
+      });
+  driver.Step(
+      "the dialog", [] { return qobject_cast<FormDialog*>(QApplication::activeModalWidget()) != nullptr; },
+      [] {
+        auto* dialog = qobject_cast<FormDialog*>(QApplication::activeModalWidget());
+        Driver::Picture(dialog, "graphics-options");
+        EXPECT_LE(dialog->height(), 700);
+        EXPECT_LE(dialog->width(), 1000);
+        qobject_cast<QCheckBox*>(dialog->WidgetOf("BoxAxes"))->click();
+        qobject_cast<QComboBox*>(dialog->WidgetOf("Shape"))->setCurrentIndex(4);
+        QTest::mouseClick(dialog->WidgetOf("OK"), Qt::LeftButton);
+      });
+  driver.Step(
+      "the end", [] { return QApplication::activeModalWidget() == nullptr; }, [] {});
+  driver.Drive();
+  EXPECT_TRUE(session.graphics.looks.BoxAxes);
+  EXPECT_EQ(session.settings.GetIniValue("Graphics", "BoxAxes", "0"), "-1");
+  EXPECT_EQ(session.settings.GetIniValue("Graphics", "Shape0", "0"), "4");
 }
 
 }  // namespace
