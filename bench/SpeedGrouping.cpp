@@ -28,11 +28,12 @@ struct MillionRows {
     }
   }
 
-  // Plays a command that writes to a new workbook, which is closed afterwards without being timed.
-  void Run(benchmark::State& state, const std::string& text) {
+  // Plays a command that writes to a new workbook (or makes one itself), which is closed afterwards without being
+  // timed.
+  void Run(benchmark::State& state, const std::string& text, bool picks = true) {
     ScriptFile script;
     std::string error;
-    if (!ReadScript(text + "pick \"New Book\"\n", "speed.tlx", script, error))
+    if (!ReadScript(text + (picks ? "pick \"New Book\"\n" : ""), "speed.tlx", script, error))
       return state.SkipWithError(error.c_str());
     for (auto _ : state) {
       if (!player.Play(script)) return state.SkipWithError(player.Failure().c_str());
@@ -73,6 +74,40 @@ void CodeMillionTexts(benchmark::State& state) {
   MillionRows().Run(state, "run M_Datax(10)\nselect \"Centre\"\nanswer No\n");
 }
 BENCHMARK(CodeMillionTexts)->Unit(benchmark::kMillisecond);
+
+void IntervalsFromMillionDates(benchmark::State& state) {
+  MillionRows rows;
+  Workbook& workbook = rows.player.PlayedDocuments().WorkbookAt(0);
+  workbook.TextRC(1, 4, "Admitted");
+  for (int row = 0; row < Rows; ++row) {
+    workbook.TextRC(row + 2, 4,
+                    "20" + std::to_string(10 + row % 14) + "-0" + std::to_string(1 + row % 9) + "-17 13:45");
+  }
+  rows.Run(state, "run M_Datax(2)\nselect \"Admitted\"\nset #reference \"2025-01-01\"\npress OK\n");
+}
+BENCHMARK(IntervalsFromMillionDates)->Unit(benchmark::kMillisecond);
+
+// Columns E and on hold a block of 256 rows by 200 columns.
+void RotateBlockOf256RowsBy200Columns(benchmark::State& state) {
+  MillionRows rows;
+  Workbook& workbook = rows.player.PlayedDocuments().WorkbookAt(0);
+  for (int row = 1; row <= 256; ++row) {
+    for (int column = 5; column < 205; ++column) workbook.NumberRC(row, column, row * 1000.0 + column);
+  }
+  rows.Run(state, "run M_Datax(7)\nselect E1:GV256\npress OK\n");
+}
+BENCHMARK(RotateBlockOf256RowsBy200Columns)->Unit(benchmark::kMillisecond);
+
+// Half of a million numbers, there and back.
+void ReplaceInMillionNumbers(benchmark::State& state) {
+  MillionRows rows;
+  rows.Run(state,
+           "mark C1:C1000001\nrun M_Datax(8)\nset #find x>9\nset #replace x+100\npress \"Replace All\"\n"
+           "expect message \"replaced\"\nset #replace x-100\npress \"Replace All\"\nexpect message \"replaced\"\n"
+           "cancel\nnew workbook\n",
+           false);
+}
+BENCHMARK(ReplaceInMillionNumbers)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 }  // namespace tellurix
