@@ -224,6 +224,8 @@ TEST_F(Grouping, ARefusalOrCancelLeavesTheSheet) {
       "run M_Grouping(0)\nselect \"Value\"\nenter #cuts 2\npress OK\ncancel\n",
       // Combine, Split
       "run M_Grouping(2)\nselect \"Group\"\nexpect message \"You must select numerical data for this function\"\n",
+      "run M_Grouping(2)\nselect \"Value\" \"Group\"\nexpect message \"You must select numerical data for this "
+      "function\"\n",
       "run M_Grouping(2)\nselect \"Value\" \"Count\"\ncancel\n",
       "run M_Grouping(3)\nselect \"Group\"\nexpect message \"Number of groups = 3\"\ncancel\n",
       "run M_Grouping(3)\nselect \"Group\"\nexpect message \"Number of groups = 3\"\nselect B3:B4\n"

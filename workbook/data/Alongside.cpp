@@ -9,6 +9,21 @@
 
 namespace tellurix {
 
+namespace {
+
+// Whether each column selected holds a number; a message when one does not.
+bool HoldNumbers(Session& session) {
+  const auto isMissing = [](double x) { return x == MissingValue; };
+  for (const auto& column : session.data.DataMatrix) {
+    if (!std::ranges::all_of(column, isMissing)) continue;
+    RefuseNonNumericData(session);
+    return false;
+  }
+  return true;
+}
+
+}  // namespace
+
 bool SelectAlongside(Session& session, const ColumnDescriptor& first, SelectionMode mode, int maxColumns,
                      std::string_view prompt) {
   const ColumnDescriptor reference = first;  // which may be of the selection that is overwritten
@@ -20,7 +35,7 @@ bool SelectAlongside(Session& session, const ColumnDescriptor& first, SelectionM
     const auto goesWith = [&](const ColumnDescriptor& info) {
       return info.Count == reference.Count || info.StartRow == reference.StartRow;
     };
-    if (std::ranges::all_of(data.ColumnInfo, goesWith)) return true;
+    if (std::ranges::all_of(data.ColumnInfo, goesWith)) return mode >= ModeCategorical || HoldNumbers(session);
     session.results.Current().selection.resize(logged);
     std::string text = fmt::format("Error: all columns selected must be {} rows long.", reference.Count);
     if (mode < ModeCategorical) text += "\n\nThe rows must contain numeric data not text.";

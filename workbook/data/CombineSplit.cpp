@@ -14,14 +14,13 @@ namespace tellurix {
 
 namespace {
 
-
 // The titles of the columns, each one different from the others: "x", "x (2)".
-std::vector<std::string> GroupNames(const std::vector<ColumnDescriptor>& columns) {
+std::vector<std::string> GroupNames(const std::vector<NumberColumn>& columns) {
   std::vector<std::string> names;
   std::set<std::string> taken;
-  for (const ColumnDescriptor& info : columns) {
-    std::string name = info.Title;
-    for (int k = 2; !taken.insert(FoldCase(name)).second; ++k) name = fmt::format("{} ({})", info.Title, k);
+  for (const NumberColumn& column : columns) {
+    std::string name = column.title;
+    for (int k = 2; !taken.insert(FoldCase(name)).second; ++k) name = fmt::format("{} ({})", column.title, k);
     names.push_back(std::move(name));
   }
   return names;
@@ -30,19 +29,18 @@ std::vector<std::string> GroupNames(const std::vector<ColumnDescriptor>& columns
 }  // namespace
 
 void CombineColumns(Session& session) {
-  DataSelection& data = session.data;
-  if (!data.SelectWorksheetData(ModeNumericRows, 1, MaxSelectedColumns, "Select columns to COMBINE")) return;
-  if (data.MaxCount == 0) return RefuseNonNumericData(session);
+  const auto columns = SelectNumbers(session, "Select columns to COMBINE", MaxSelectedColumns);
+  if (!columns) return;
 
   BusyPointer(session);
-  OutputColumn values{.title = "Data"}, groups{.title = "Group ID"};
-  const std::vector<std::string> names = GroupNames(data.ColumnInfo);
+  OutputColumn data{.title = "Data"}, groups{.title = "Group ID"};
+  const std::vector<std::string> names = GroupNames(*columns);
   for (std::size_t k = 0; k < names.size(); ++k) {
-    const auto count = data.ColumnInfo[k].Count;
-    values.values.insert(values.values.end(), data.DataMatrix[k].begin(), data.DataMatrix[k].begin() + count);
-    groups.texts.insert(groups.texts.end(), static_cast<std::size_t>(count), names[k]);
+    const std::vector<double>& values = (*columns)[k].values;
+    data.values.insert(data.values.end(), values.begin(), values.end());
+    groups.texts.insert(groups.texts.end(), values.size(), names[k]);
   }
-  const OutputColumn block[] = {std::move(values), std::move(groups)};
+  const OutputColumn block[] = {std::move(data), std::move(groups)};
   WriteColumns(session, block);
 }
 

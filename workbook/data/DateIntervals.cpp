@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <chrono>
 #include <optional>
 
 #include "host/Form.h"
@@ -96,25 +95,27 @@ struct Choice {
   std::optional<Moment> reference;  // nothing: a second column
 };
 
-std::string Today(const Regional& regional) {
-  using namespace std::chrono;
-  const auto today = floor<days>(system_clock::now());
-  const auto serial = (today - sys_days(year(1899) / 12 / 30)).count();
-  return DateText(*MomentOfSerial(static_cast<double>(serial)), regional);
+// The latest date of a column, as a first proposal; empty where there are only times of day.
+std::string LatestDate(const DateColumn& column, const Regional& regional) {
+  std::optional<Moment> latest;
+  for (const auto& moment : column.moments) {
+    if (moment && moment->hasDate && (!latest || moment->milliseconds > latest->milliseconds)) latest = moment;
+  }
+  return latest ? DateText(*latest, regional) : "";
 }
 
 // The dialog `Dates`; nothing when cancelled.
-std::optional<Choice> AskInterval(Session& session, std::string_view title) {
+std::optional<Choice> AskInterval(Session& session, const DateColumn& from) {
   const Regional& regional = session.options.regional;
   Form form("Dates", Caption);
   form.helpContext = session.HelpContext;
   form.AddCombo("unit", "&Unit of the interval:", {std::begin(Units), std::end(Units)},
                 static_cast<int>(IntervalUnit::Days));
   constexpr const char* group = "To";
-  form.AddLabel("from", ReplaceAll(fmt::format("Interval from each date of {} to", title), "&", "&&"));
+  form.AddLabel("from", ReplaceAll(fmt::format("Interval from each date of {} to", from.title), "&", "&&"));
   form.AddRadio("date", "&The date below", group, true);
   form.AddRadio("column", "A &second column of dates", group, false);
-  form.AddText("reference", fmt::format("&Date ({}):", regional.dateForm), Today(regional));
+  form.AddText("reference", fmt::format("&Date ({}):", regional.dateForm), LatestDate(from, regional));
   form.AddButton("OK", "&OK", ButtonRole::Default);
   form.AddButton("Cancel", "&Cancel", ButtonRole::Cancel);
   form.onChange = [&](const Control&) {
@@ -146,7 +147,7 @@ double Interval(const std::optional<Moment>& from, const std::optional<Moment>& 
 void DateIntervals(Session& session) {
   const auto from = SelectDates(session, "Select a column of dates");
   if (!from) return;
-  const auto choice = AskInterval(session, from->title);
+  const auto choice = AskInterval(session, *from);
   if (!choice) return;
   std::vector<std::optional<Moment>> to(from->moments.size(), choice->reference);
   if (!choice->reference) {
