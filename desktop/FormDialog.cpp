@@ -8,6 +8,7 @@
 #include <QDialogButtonBox>
 #include <QFontMetrics>
 #include <QFormLayout>
+#include <QGridLayout>
 #include <QGroupBox>
 #include <QHeaderView>
 #include <QKeyEvent>
@@ -58,6 +59,25 @@ std::vector<std::vector<std::string>> CellsOf(const QTableWidget& table) {
   return cells;
 }
 
+// Buttons in rows. They leave the focus where it is, and are no larger than their texts ask for.
+struct KeyPad {
+  QGridLayout* grid = nullptr;
+  int row = -1;
+  int column = 0;
+
+  void Add(QPushButton& key, bool startsRow) {
+    if (startsRow || row < 0) {
+      ++row;
+      column = 0;
+    }
+    key.setFocusPolicy(Qt::NoFocus);
+    key.setAutoDefault(false);
+    key.setMinimumWidth(key.fontMetrics().horizontalAdvance(key.text()) + 14);
+    key.setSizePolicy(QSizePolicy::MinimumExpanding, QSizePolicy::Fixed);
+    grid->addWidget(&key, row, column++);
+  }
+};
+
 // A text that has become longer takes more lines: the open window grows by them.
 void GrowToText(QWidget& window) {
   if (!window.isVisible()) return;
@@ -107,6 +127,7 @@ FormDialog::~FormDialog() { form_.view = nullptr; }
 void FormDialog::Build() {
   auto* outer = new QVBoxLayout(this);
   std::map<std::string, QVBoxLayout*> groups;
+  std::map<std::string, KeyPad> pads;
   auto* buttons = new QDialogButtonBox(this);
   QFormLayout* rows = nullptr;  // runs of labelled controls stand in one aligned block
   QBoxLayout* frames = outer;
@@ -128,7 +149,16 @@ void FormDialog::Build() {
     Shown shown{control.id, IsPlainEntry(control) ? ControlKind::Text : control.kind, widget, nullptr};
     const bool labelled = control.kind == ControlKind::Text || control.kind == ControlKind::Combo ||
                           control.kind == ControlKind::Slider || control.kind == ControlKind::Colour;
-    if (control.kind == ControlKind::Button) {
+    if (control.kind == ControlKind::Button && !control.group.empty()) {
+      auto& pad = pads[control.group];
+      if (!pad.grid) {
+        pad.grid = new QGridLayout;
+        pad.grid->setSpacing(2);
+        layoutFor(control)->addLayout(pad.grid);
+        rows = nullptr;
+      }
+      pad.Add(*static_cast<QPushButton*>(widget), control.startsRow);
+    } else if (control.kind == ControlKind::Button) {
       auto* button = static_cast<QPushButton*>(widget);
       const auto role = control.role == ButtonRole::Default  ? QDialogButtonBox::AcceptRole
                         : control.role == ButtonRole::Cancel ? QDialogButtonBox::RejectRole

@@ -192,11 +192,9 @@ void MainWindow::AddTools() {
     for (const Tool& tool : ConfiguredTools(session_)) {
       auto* action = new QAction(Q(tool.caption), menu);
       action->setObjectName(QString("M_Apps(%1)").arg(number++));
-      // The calculator is not built yet.
-      const bool isCalculator = tool.commandLine.find("TellurixCalculator") != std::string::npos;
-      action->setEnabled(!isCalculator);
-      action->setStatusTip(isCalculator ? "This command is not available yet" : Q(tool.commandLine));
-      connect(action, &QAction::triggered, this, [this, tool] { RunTool(session_, tool, [] {}); });
+      action->setStatusTip(Q(tool.commandLine));
+      connect(action, &QAction::triggered, this,
+              [this, tool] { RunTool(session_, tool, [this] { RunEntry(*FindCommand("M_Apps(0)")); }); });
       menu->insertAction(first, action);
     }
     menu->insertSeparator(first);
@@ -377,14 +375,13 @@ void MainWindow::MakeToolbar() {
     toolActions_[key] = action;
     connect(action, &QAction::triggered, this, [this, key] { ToolPressed(key); });
   }
-  toolActions_["Calculator"]->setEnabled(false);
-  toolActions_["Calculator"]->setStatusTip("This command is not available yet");
 }
 
 void MainWindow::ToolPressed(const QString& key) {
   if (key == "New") return NewWorkbook();
   if (key == "Open") return RunEntry(*FindCommand("M_Open"));
   if (key == "Help") return HelpInFront();
+  if (key == "Calculator") return RunEntry(*FindCommand("M_Apps(0)"));
   if (key == "Save") {
     if (ActiveDocument()) RunEntry(*FindCommand(ActiveWorksheet() ? "M_Save_Workbook" : "M_Report_Save"));
     return;
@@ -470,7 +467,7 @@ void MainWindow::SetCommandsEnabled(bool enabled) {
   commandsEnabled_ = enabled;
   menuBar()->setEnabled(enabled);
   for (const auto& [key, action] : toolActions_) {
-    if (key != "Calculator") action->setEnabled(enabled || key == "Help");
+    action->setEnabled(enabled || key == "Help");
   }
 }
 

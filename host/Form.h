@@ -27,7 +27,8 @@ struct Control {
   std::vector<std::string> items;  // combo and list
   std::vector<std::vector<std::string>> cells;  // grid, by row
   ButtonRole role = ButtonRole::None;
-  bool repeats = false;  // a button that may repeat while held
+  bool repeats = false;    // a button that may repeat while held
+  bool startsRow = false;  // a button of a group: the first of a row of keys
   bool visible = true;
   bool enabled = true;
 };

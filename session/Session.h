@@ -53,7 +53,8 @@ class Session {
   DataSelection data;
   Graphics graphics;
   ExpressionEvaluator expressions{options.regional};  // one LR for all
-  std::weak_ptr<Form> distributions;  // the calculator of distributions, while it is open
+  std::weak_ptr<Form> distributions;                  // the calculator of distributions, while it is open
+  std::weak_ptr<Form> calculator;                     // that of expressions
 
   Formatter Format() const { return Formatter(options); }
   TemplateMerge Merge() { return {host, results, paths.program / "Template"}; }

@@ -17,6 +17,7 @@
 #include "host/Form.h"
 #include "numeric/Text.h"
 #include "session/ReportGraphics.h"
+#include "shell/Calculator.h"
 #include "shell/FileCommands.h"
 #include "workbook/data/ApplyFunction.h"
 #include "workbook/data/Categorise.h"
@@ -342,7 +343,7 @@ constexpr Row Rows[] = {
     {"&Graphics/Sprea&d", "M_Graphics(14)", 4015, Sheet},
     {"&Graphics/S&urvival", "M_Graphics(15)", 4016, Sheet},
     {"&Graphics/Opt&ions", "M_Graphics(16)", 4017, Sheet, ChartOptions},
-    {"&Tools/&Calculator", "M_Apps(0)", 5000, Everywhere},
+    {"&Tools/&Calculator", "M_Apps(0)", 5000, Everywhere, ShowCalculator},
     {"&Tools/Tellurix &Update", "M_Apps(1)", 5001, Everywhere},
     {"&Tools/&Notepad", "M_Apps(2)", 5002, Everywhere},
     {"&Tools/&Wordpad", "M_Apps(3)", 5003, Everywhere},
