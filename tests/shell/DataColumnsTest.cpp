@@ -6,9 +6,7 @@
 
 #include <array>
 
-#include "shell/ProgramFolder.h"
-#include "shell/ScriptPlayer.h"
-#include "workbook/Workbook.h"
+#include "tests/shell/Played.h"
 
 namespace tellurix {
 namespace {
@@ -35,32 +33,17 @@ constexpr Command Commands[] = {{"M_Transform(0)", "select A:A\ntype 5\n"},
                                 {"M_Datax(6)", "select A:B\npress OK\n"},
                                 {"M_Datax(9)", "select A:A\npress OK\n"}};
 
-class DataColumns : public testing::Test {
+class DataColumns : public Played {
  protected:
   // A sheet with two columns of numbers and one of words in use.
   void SetUp() override {
     ASSERT_EQ(Play("new workbook\ncells A1 \"x\" \"y\" \"w\" / 1 2 \"a\" / -2 4 \"b\" / 3 6 \"c\" / 0 5 \"d\"\n"), "");
   }
 
-  std::string Play(const std::string& text) {
-    ScriptFile script;
-    std::string error;
-    if (!ReadScript(text, "play.tlx", script, error)) return error;
-    return player.Play(script) ? "" : player.Failure();
-  }
-  Workbook& Book() { return player.PlayedDocuments().WorkbookAt(0); }
-  const RunResult& Run() { return player.PlayedSession().results.Latest(); }
-
   void ExpectSheetAsItWas() {
-    EXPECT_EQ(player.PlayedDocuments().WorkbookCount(), 1);
-    EXPECT_EQ(Book().LastCol(), 3);
-    EXPECT_EQ(Book().LastRow(), 5);
+    ExpectNothingDone(3, 5);
     EXPECT_EQ(Book().NumberRC(3, 1), -2);
-    EXPECT_FALSE(Run().delivered);
-    EXPECT_FALSE(player.PlayedSession().host.IsBusy());
   }
-
-  ScriptPlayer player{ScriptPaths(TELLURIX_SOURCE_DIR)};
 };
 
 TEST_F(DataColumns, IsOneUndoStep) {

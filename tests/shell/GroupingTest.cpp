@@ -9,25 +9,14 @@
 #include <random>
 
 #include "numeric/Missing.h"
-#include "shell/ProgramFolder.h"
-#include "shell/ScriptPlayer.h"
-#include "workbook/Workbook.h"
+#include "tests/shell/Played.h"
 
 namespace tellurix {
 namespace {
 
-class Grouping : public testing::Test {
+class Grouping : public Played {
  protected:
   void SetUp() override { player.PlayedDocuments().NewWorkbook(); }
-
-  std::string Play(const std::string& text) {
-    ScriptFile script;
-    std::string error;
-    if (!ReadScript(text, "play.tlx", script, error)) return error;
-    return player.Play(script) ? "" : player.Failure();
-  }
-  Workbook& Book(int index = 0) { return player.PlayedDocuments().WorkbookAt(index); }
-  const RunResult& Run() { return player.PlayedSession().results.Latest(); }
 
   // All that is shown and all that was typed.
   static std::vector<std::string> Contents(const Workbook& book) {
@@ -42,7 +31,6 @@ class Grouping : public testing::Test {
     return cells;
   }
 
-  ScriptPlayer player{ScriptPaths(TELLURIX_SOURCE_DIR)};
   std::mt19937 random{20260501};
 };
 

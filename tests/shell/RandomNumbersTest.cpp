@@ -6,36 +6,17 @@
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
-#include "shell/ProgramFolder.h"
-#include "shell/ScriptPlayer.h"
-#include "workbook/Workbook.h"
+#include "tests/shell/Played.h"
 
 namespace tellurix {
 namespace {
 
-class RandomNumbers : public testing::Test {
+class RandomNumbers : public Played {
  protected:
   // A sheet with two columns in use.
   void SetUp() override { ASSERT_EQ(Play("new workbook\ncells A1 \"x\" 1 / 2 3\nseed 7\n"), ""); }
 
-  std::string Play(const std::string& text) {
-    ScriptFile script;
-    std::string error;
-    if (!ReadScript(text, "play.tlx", script, error)) return error;
-    return player.Play(script) ? "" : player.Failure();
-  }
-  Workbook& Book() { return player.PlayedDocuments().WorkbookAt(0); }
-  const RunResult& Run() { return player.PlayedSession().results.Latest(); }
-
-  void ExpectSheetAsItWas() {
-    EXPECT_EQ(player.PlayedDocuments().WorkbookCount(), 1);
-    EXPECT_EQ(Book().LastCol(), 2);
-    EXPECT_EQ(Book().LastRow(), 2);
-    EXPECT_FALSE(Run().delivered);
-    EXPECT_FALSE(player.PlayedSession().host.IsBusy());
-  }
-
-  ScriptPlayer player{ScriptPaths(TELLURIX_SOURCE_DIR)};
+  void ExpectSheetAsItWas() { ExpectNothingDone(2, 2); }
 };
 
 std::string Command(int index, const std::string& answers) {

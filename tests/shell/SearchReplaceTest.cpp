@@ -3,25 +3,17 @@
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
-#include "shell/ProgramFolder.h"
-#include "shell/ScriptPlayer.h"
-#include "workbook/Workbook.h"
+#include "tests/shell/Played.h"
 
 namespace tellurix {
 namespace {
 
-class SearchReplace : public testing::Test {
+class SearchReplace : public Played {
  protected:
   void SetUp() override {
     ASSERT_EQ(Play("new workbook\ncells A1 \"Title 1\" / 1 / 2.5 / \"=A2\" / \"äÄ-1\" / \"TRUE\" / 1000\n"), "");
   }
 
-  std::string Play(const std::string& text) {
-    ScriptFile script;
-    std::string error;
-    if (!ReadScript(text, "play.tlx", script, error)) return error;
-    return player.Play(script) ? "" : player.Failure();
-  }
   // Replaces all on the sheet, "" or what went wrong.
   std::string Replace(const std::string& find, const std::string& by, const std::string& said, bool whole = true) {
     return Play(
@@ -29,9 +21,6 @@ class SearchReplace : public testing::Test {
                     "expect message \"{}\"\ncancel\n",
                     whole ? "on" : "off", find, by, said));
   }
-  Workbook& Book() { return player.PlayedDocuments().WorkbookAt(0); }
-
-  ScriptPlayer player{ScriptPaths(TELLURIX_SOURCE_DIR)};
 };
 
 TEST_F(SearchReplace, IsOneUndoStepAndLeavesFormulas) {
