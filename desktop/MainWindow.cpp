@@ -97,7 +97,7 @@ MainWindow::MainWindow(Paths paths, const fs::path& settingsFile)
   LoadSettings(session_);
   windowActions_ = MakeWindowActions(*this);
   MakeToolbar();
-  BuildMenus();
+  ShowMenus();
   // Redo has no entry of its own.
   for (const QKeySequence& keys :
        {QKeySequence(Qt::CTRL | Qt::Key_Y), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z)}) {
@@ -172,14 +172,31 @@ unsigned MainWindow::ActiveKind() const {
   return ActiveReport() ? InReport : InMain;
 }
 
-void MainWindow::BuildMenus() {
+// The menus of each kind of window are made once: what was chosen in them may still be running when they give way.
+void MainWindow::ShowMenus() {
   shownKind_ = ActiveKind();
   menuBar()->clear();
-  for (const MenuEntry& entry : CommandTable()) {
-    if (entry.windows & shownKind_) AddEntry(entry, shownKind_);
+  QList<QAction*>& heads = menus_[shownKind_];
+  if (heads.empty()) {
+    for (const MenuEntry& entry : CommandTable()) {
+      if (entry.windows & shownKind_) AddEntry(entry, shownKind_);
+    }
+    AddTools();
+    heads = menuBar()->actions();
+  } else {
+    menuBar()->addActions(heads);
   }
-  AddTools();
+  ShowRecording();
   ShowHistory();
+}
+
+void MainWindow::MakeMenusAnew() {
+  menus_.clear();
+  ShowMenus();
+}
+
+void MainWindow::ShowRecording() {
+  for (QAction* record : menuBar()->findChildren<QAction*>("M_Record")) record->setChecked(recorder_->IsRecording());
 }
 
 // The tools that are configured stand for those of the table; recording is the desktop's own.
@@ -201,7 +218,6 @@ void MainWindow::AddTools() {
     QAction* record = menu->addAction("&Record Script");
     record->setObjectName("M_Record");
     record->setCheckable(true);
-    record->setChecked(recorder_->IsRecording());
     record->setStatusTip("Write down what is done, for playing it again");
     connect(record, &QAction::toggled, this, &MainWindow::Record);
   }
@@ -276,7 +292,7 @@ void MainWindow::NewReport() { RunEntry(*FindCommand("M_New_Report")); }
 
 void MainWindow::SetupToolsMenu() {
   SetupTools(session_);
-  BuildMenus();
+  MakeMenusAnew();
 }
 
 void MainWindow::Refuse(const QString& reason) { ShowMessage(session_, reason.toStdString(), WarningIcon); }
@@ -312,7 +328,7 @@ void MainWindow::ChildActivated(QMdiSubWindow* child) {
   } else if (auto* report = qobject_cast<ReportForm*>(child)) {
     documents_.ActivateReport(documents_.IndexOf(report->Shown()));
   }
-  if (ActiveKind() != shownKind_) BuildMenus();
+  if (ActiveKind() != shownKind_) ShowMenus();
 }
 
 void MainWindow::Forget(DocumentWindow& window) {

@@ -2,6 +2,7 @@
 // waits for selections, and the close-down.
 #pragma once
 
+#include <QList>
 #include <QMainWindow>
 #include <filesystem>
 #include <functional>
@@ -91,7 +92,9 @@ class MainWindow : public QMainWindow {
 
  private:
   void MakeToolbar();
-  void BuildMenus();
+  void ShowMenus();
+  void MakeMenusAnew();  // when the tools have changed
+  void ShowRecording();
   void AddEntry(const MenuEntry& entry, unsigned window);
   void AddTools();
   void ShowHistory();
@@ -121,7 +124,8 @@ class MainWindow : public QMainWindow {
   std::unique_ptr<UnsavedWork> unsavedWork_;
 
   WindowActions windowActions_;
-  std::map<QString, QAction*> toolActions_;  // by the button's key
+  std::map<QString, QAction*> toolActions_;    // by the button's key
+  std::map<unsigned, QList<QAction*>> menus_;  // the heads, by the kind of window
   unsigned shownKind_ = 0;
   bool commandsEnabled_ = true;
   QStringList linkCommands_;    // come in while a command ran

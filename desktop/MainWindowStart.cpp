@@ -27,7 +27,7 @@ void MainWindow::ShowAtSavedPlace() {
     resize(size().boundedTo(free.size()));
     move(free.center() - rect().center());
   }
-  BuildMenus();  // the first start has written the tools and the files last used
+  MakeMenusAnew();  // the first start has written the tools and the files last used
   show();
   if (!settings_.Damage().empty()) ShowMessage(session_, settings_.Damage(), WarningIcon);
 }

@@ -161,6 +161,35 @@ TEST_F(Start, SomeFormsComeBackWhereTheyWere) {
   EXPECT_EQ(IniSettings(ini).GetIniValue("Other", "Left", "none"), "none");
 }
 
+TEST_F(Start, TheMenusOfEachKindOfWindowComeBack) {
+  MainWindow main(TestPaths(), ini);
+  main.show();
+  main.NewWorkbook();
+  main.NewReport();
+  const auto heads = [&main] {
+    QStringList texts;
+    for (QAction* head : main.menuBar()->actions()) texts << head->text();
+    return texts;
+  };
+  const auto actionCount = [&main] { return main.findChildren<QAction*>().size(); };
+  QMdiSubWindow* const report = main.ActiveReport();
+  const QStringList ofReport = heads();
+  main.OpenedDocuments().ActivateWorkbook(0);
+  QMdiSubWindow* const sheet = main.ActiveWorksheet();
+  ASSERT_TRUE(sheet && report);
+  const QStringList ofSheet = heads();
+  EXPECT_TRUE(ofSheet.contains("&Data") && !ofReport.contains("&Data"));
+  const auto actions = actionCount();
+  auto* area = main.findChild<QMdiArea*>();
+  for (int round = 0; round < 5; ++round) {
+    area->setActiveSubWindow(report);
+    EXPECT_EQ(heads(), ofReport);
+    area->setActiveSubWindow(sheet);
+    EXPECT_EQ(heads(), ofSheet);
+  }
+  EXPECT_EQ(actionCount(), actions);
+}
+
 TEST_F(Start, TheMenusShowTheFilesLastUsed) {
   WriteTestFile(folder / "a&b.csv", "1,2\n");
   WriteTestFile(folder / "r.rtf", "{\\rtf1 text}");
