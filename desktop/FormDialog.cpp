@@ -59,7 +59,8 @@ std::vector<std::vector<std::string>> CellsOf(const QTableWidget& table) {
   return cells;
 }
 
-// Buttons in rows. They leave the focus where it is, and are no larger than their texts ask for.
+// Buttons in rows, for what is typed in a line above them. They take no focus, and are no larger than their texts ask
+// for.
 struct KeyPad {
   QGridLayout* grid = nullptr;
   int row = -1;
@@ -157,7 +158,9 @@ void FormDialog::Build() {
         layoutFor(control)->addLayout(pad.grid);
         rows = nullptr;
       }
-      pad.Add(*static_cast<QPushButton*>(widget), control.startsRow);
+      auto* key = static_cast<QPushButton*>(widget);
+      pad.Add(*key, control.startsRow);
+      connect(key, &QPushButton::clicked, this, &FormDialog::GoOnTyping);
     } else if (control.kind == ControlKind::Button) {
       auto* button = static_cast<QPushButton*>(widget);
       const auto role = control.role == ButtonRole::Default  ? QDialogButtonBox::AcceptRole
@@ -188,8 +191,20 @@ void FormDialog::Build() {
     shown_.push_back(shown);
   }
   outer->addWidget(buttons);
+  if (!pads.empty()) {
+    for (QAbstractButton* button : buttons->buttons()) button->setFocusPolicy(Qt::TabFocus);
+  }
   for (const Shown& shown : shown_) {
     if (const Control* control = form_.Find(shown.id)) RefreshControl(shown, *control);
+  }
+}
+
+// A key pressed by mouse goes into the line that is typed in, which takes the focus from a list or button.
+void FormDialog::GoOnTyping() {
+  if (qobject_cast<QLineEdit*>(focusWidget())) return;
+  if (auto* entry = findChild<QLineEdit*>()) {
+    entry->setFocus(Qt::OtherFocusReason);
+    entry->end(false);
   }
 }
 

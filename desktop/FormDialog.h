@@ -45,6 +45,7 @@ class FormDialog : public QDialog {
   };
 
   void Build();
+  void GoOnTyping();
   QWidget* MakeWidget(const Control& control);
   QWidget* MakeEntry(const Control& control);
   QWidget* MakeGrid(const Control& control);
