@@ -1,12 +1,11 @@
 #include "ExpressionReference.h"
 
-#include <algorithm>
+#include <cctype>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <optional>
-#include <regex>
 
 #include "kernel/Kernel.h"
 #include "numeric/ExpressionFunctions.h"
@@ -67,16 +66,27 @@ double ExpressionReference::Evaluate(string text) {
 
 string ExpressionReference::Substitute(const string& text,
                                        const std::vector<std::pair<string, double>>& variables) const {
-  static const std::regex names("EXP|FIX|V10(?![0-9])|V1(?![0-9])|V2(?![0-9])|VX|X");
   string result;
-  std::size_t from = 0;
-  for (auto found = std::sregex_iterator(text.begin(), text.end(), names); found != std::sregex_iterator(); ++found) {
-    const auto variable = std::ranges::find(variables, found->str(), &std::pair<string, double>::first);
-    result += text.substr(from, static_cast<std::size_t>(found->position()) - from);
-    result += variable == variables.end() ? found->str() : TextOf(variable->second);
-    from = static_cast<std::size_t>(found->position() + found->length());
+  std::size_t i = 0;
+  const auto standsHere = [&](const string& word) {
+    const bool isNumbered = word.back() >= '0' && word.back() <= '9';
+    const bool goesOn = i + word.size() < text.size() && std::isdigit(text[i + word.size()]);
+    return text.compare(i, word.size(), word) == 0 && !(isNumbered && goesOn);
+  };
+  while (i < text.size()) {
+    string from = standsHere("EXP") || standsHere("FIX") ? text.substr(i, 3) : text.substr(i, 1);
+    string to = from;
+    for (const auto& [name, value] : variables) {
+      if (from.size() == 1 && standsHere(name)) {
+        to = TextOf(value);
+        i += name.size() - 1;
+        break;
+      }
+    }
+    result += to;
+    i += from.size();
   }
-  return result + text.substr(from);
+  return result;
 }
 
 string ExpressionReference::Reduce(string text, int depth) {

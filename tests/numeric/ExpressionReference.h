@@ -15,7 +15,7 @@ class ExpressionReference {
 
   double Evaluate(std::string text);
 
-  // The text with each of the names V1, V2, V10, VX and X replaced by the text of its number.
+  // The text with each name replaced by the text of its number.
   std::string Substitute(const std::string& text, const std::vector<std::pair<std::string, double>>& variables) const;
 
  private:
