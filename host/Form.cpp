@@ -160,7 +160,10 @@ bool Form::Enter(std::string_view id, std::vector<std::vector<std::string>> cell
 bool Form::Press(std::string_view id) {
   Control* control = Usable(id);
   if (!control || control->kind != ControlKind::Button) return false;
-  if (control->role == ButtonRole::Cancel) return Close();
+  if (control->role == ButtonRole::Cancel) {
+    Close();  // pressed all the same when that is vetoed
+    return true;
+  }
   Tell(FormAction::Kind::Press, id);
   if (onPress) {
     onPress(*control);
