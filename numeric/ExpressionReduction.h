@@ -30,8 +30,6 @@ struct Operand {
   std::uint32_t index = 0;
   bool isConstant = false;
   bool isNegated = false;
-
-  bool operator==(const Operand&) const = default;
 };
 
 // A number in the course of a reduction; the operand means something to the recorder alone.
@@ -46,6 +44,7 @@ enum class Question { IsNegative, IsZero, IsWithoutExponent };
 
 bool AnswerOf(Question question, double x);
 
+// Told the steps of a reduction, in their order.
 class ExpressionRecorder {
  public:
   virtual ~ExpressionRecorder() = default;
