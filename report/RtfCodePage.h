@@ -4,6 +4,7 @@
 #include <array>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 
 namespace tellurix {
@@ -17,6 +18,11 @@ int CodePageOfCharset(int charset, int standard);
 // Unicode Consortium maps it (symbol.txt, version 1.0), with the pieces of brackets at the places Unicode has since
 // given them.
 char32_t SymbolCharacter(unsigned char place);
+
+// One of the control characters U+0080 to U+009F; byte code pages leave them unassigned, UTF-8 has them.
+inline bool IsUpperControl(std::string_view character) {
+  return character.size() == 2 && character[0] == '\xC2' && static_cast<unsigned char>(character[1]) < 0xA0;
+}
 
 // Decodes text that comes byte by byte; keeps the beginning of a character of several bytes.
 class RtfDecoder {
