@@ -68,8 +68,13 @@ double FifteenDigitsExactly(double x) {
   return NearestInteger(scaled, std::fma(-scaled, power, x)) * power;
 }
 
-int IntegerDigits(double magnitude) {
-  return magnitude < 1 ? 1 : static_cast<int>(std::floor(std::log10(magnitude))) + 1;
+// The power of ten of the first digit of a number from 1e-5 to 1e15 that has 15 significant digits at most. The
+// logarithm alone is too coarse beside a power of ten.
+int DecimalExponent(double x) {
+  const auto power = [](int exponent) { return exponent < 0 ? 1 / PowersOfTen[-exponent] : PowersOfTen[exponent]; };
+  const int exponent = static_cast<int>(std::floor(std::log10(x)));
+  if (x >= power(exponent + 1)) return exponent + 1;
+  return x < power(exponent) ? exponent - 1 : exponent;
 }
 
 }  // namespace
@@ -96,9 +101,10 @@ std::int32_t ToInteger(double x) {
 std::string FixedText(double x, int places) { return WithoutNegativeZero(fmt::format("{:.{}f}", x, places)); }
 
 std::string PlainText(double x, int places) {
-  const double magnitude = std::fabs(x);
-  if (!(magnitude < PlainLimit)) return GeneralText(x);
-  std::string text = FixedText(x, std::clamp(places, 0, std::max(0, SignificantDigits - IntegerDigits(magnitude))));
+  if (!(std::fabs(x) < PlainLimit)) return GeneralText(x);
+  const double magnitude = std::fabs(FifteenDigits(x));
+  const int integerDigits = magnitude < 1 ? 1 : DecimalExponent(magnitude) + 1;
+  std::string text = FixedText(x, std::clamp(places, 0, std::max(0, SignificantDigits - integerDigits)));
   StripTrailingZeros(text);
   return text;
 }
@@ -106,15 +112,14 @@ std::string PlainText(double x, int places) {
 std::string GeneralText(double x) {
   if (std::isnan(x)) return "error";
   if (std::isinf(x)) return x > 0 ? "infinity" : "-infinity";
-  const double magnitude = std::fabs(x);
-  if (magnitude != 0 && (magnitude < 1e-4 || magnitude >= PlainLimit)) {
+  const double magnitude = std::fabs(FifteenDigits(x));
+  if (magnitude == 0) return "0";
+  if (magnitude < 1e-4 || magnitude >= PlainLimit) {
     return TidyScientific(fmt::format("{:.{}e}", x, SignificantDigits - 1));
   }
-  std::string text = fmt::format(
-      "{:.{}f}", x,
-      std::max(0, SignificantDigits - (magnitude == 0 ? 1 : static_cast<int>(std::floor(std::log10(magnitude))) + 1)));
+  std::string text = fmt::format("{:.{}f}", x, SignificantDigits - 1 - DecimalExponent(magnitude));
   StripTrailingZeros(text);
-  return WithoutNegativeZero(text);
+  return text;
 }
 
 double FifteenDigits(double x) {

@@ -116,7 +116,7 @@ class Generator {
   }
 
   double Number() {
-    switch (Below(9)) {
+    switch (Below(10)) {
       case 0:
         return 0;
       case 1:
@@ -132,6 +132,8 @@ class Generator {
         return std::ldexp(Below(2000001) - 1000000, Below(200) - 120);
       case 7:
         return std::ldexp(Below(2000001) - 1000000, Below(1900) - 1000);
+      case 8:
+        return (1 - Below(3) * 1e-15) * std::pow(10, Below(24) - 8);  // beside a power of ten
       default:
         return Below(1000) * One({"1", "-1"}).size();
     }

@@ -50,6 +50,7 @@ TEST(Rounding, FifteenDigitsAreThoseOfTheText) {
   std::mt19937_64 random(15);
   const auto expectSame = [](double x) {
     ASSERT_EQ(std::bit_cast<std::uint64_t>(FifteenDigits(x)), std::bit_cast<std::uint64_t>(ThroughText(x))) << x;
+    ASSERT_EQ(std::strtod(GeneralText(x).c_str(), nullptr), ThroughText(x)) << x;
   };
   for (int i = 0; i < 100000; ++i) {
     const auto bits = random();
@@ -69,6 +70,12 @@ TEST(Rounding, FifteenDigitsAreThoseOfTheText) {
       if (std::isfinite(x)) expectSame(x);
     }
   }
+  // Beside a power of ten, where the number of decimals changes.
+  EXPECT_EQ(GeneralText(999999.999999999), "999999.999999999");
+  EXPECT_EQ(GeneralText(0.00999999999999999), "0.00999999999999999");
+  EXPECT_EQ(GeneralText(0.00009999999999999999), "0.0001");
+  EXPECT_EQ(GeneralText(999999999999999.9), "1E+15");
+  EXPECT_EQ(PlainText(999999.999999999, 9), "999999.999999999");
   expectSame(-0.0);
   EXPECT_TRUE(std::isinf(FifteenDigits(std::numeric_limits<double>::max())));
 }
