@@ -44,6 +44,7 @@ WorksheetForm::WorksheetForm(MainWindow& main, Workbook& workbook) : DocumentWin
   resize(760, 480);
   listener_ = workbook_.AddListener([this](const WorkbookChange&) { UpdateTitle(); });
   connect(view_->Grid(), &GridView::ConfirmRequested, &main.Bar(), &SelectionBar::Confirm);
+  connect(view_->Grid(), &GridView::CancelRequested, &main.Bar(), &SelectionBar::Cancel);
   connect(view_, &WorksheetView::Refused, this, [this](const QString& reason) { main_.Refuse(reason); });
   connect(view_->Grid(), &GridView::ContextMenuRequested, this,
           [this](const QPoint& position) { ShowSheetMenu(main_, *this, position); });

@@ -77,7 +77,8 @@ class GridView : public QAbstractScrollArea {
   // Who keeps row heights and looks; without one heights and panes last as long as the view. May be null.
   void SetLooks(GridLooks* looks);
 
-  // A selection wait: marks can be set, nothing edited; the right button, Enter and the keypad's Enter confirm.
+  // A selection wait: marks can be set, nothing edited; the right button, Enter and the keypad's Enter confirm, Escape
+  // cancels.
   void SetSelecting(bool on);
   bool IsSelecting() const { return selecting_; }
   void SetRightButtonConfirms(bool on) { rightButtonConfirms_ = on; }  // on at first
@@ -150,6 +151,7 @@ class GridView : public QAbstractScrollArea {
   void EditingChanged(bool editing);
   void SheetChanged();  // another sheet shows, or the sheets changed
   void ConfirmRequested();
+  void CancelRequested();
   void ContextMenuRequested(const QPoint& globalPosition);
   void Refused(const QString& reason);
 

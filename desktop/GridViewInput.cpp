@@ -708,6 +708,10 @@ void GridView::keyPressEvent(QKeyEvent* event) {
         return;
       }
       return MoveOn(true, shift);
+    case Qt::Key_Escape:
+      if (!selecting_) break;
+      emit CancelRequested();
+      return;
     case Qt::Key_F2:
       BeginEdit();
       return;

@@ -3,6 +3,7 @@
 #include <QCheckBox>
 #include <QEventLoop>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QPushButton>
 #include <QRadioButton>
@@ -91,6 +92,11 @@ SelectionReply SelectionBar::Wait(const SelectionRequest& request) {
 void SelectionBar::Confirm() { Answer(SelectionReply::Answer::Ok); }
 
 void SelectionBar::Cancel() { Answer(SelectionReply::Answer::Cancel); }
+
+void SelectionBar::keyPressEvent(QKeyEvent* event) {
+  if (event->key() == Qt::Key_Escape) return Cancel();
+  QFrame::keyPressEvent(event);
+}
 
 void SelectionBar::Answer(SelectionReply::Answer answer) {
   if (!waiting_ || answered_) return;

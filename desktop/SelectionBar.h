@@ -25,11 +25,14 @@ class SelectionBar : public QFrame {
 
  public slots:
   void Confirm();  // OK, Enter in the grid, the right mouse button
-  void Cancel();   // also when the window closes
+  void Cancel();   // Cancel, Escape, also when the window closes
 
  signals:
   void WaitBegan();
   void WaitEnded();
+
+ protected:
+  void keyPressEvent(QKeyEvent* event) override;
 
  private:
   void Answer(SelectionReply::Answer answer);
