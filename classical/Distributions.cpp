@@ -95,6 +95,8 @@ void DistributionsDialog::Choose(int number) {
   Label("edup", labels.upper);
   Label("ed2p", labels.third);
   if (distribution_ == Distribution::Binomial) SetText("edpdf", Localized(".5", session_.options.regional));
+  form_.Update("Line", [](Control& label) { label.caption.clear(); });
+  form_.Update("Save", [](Control& button) { button.enabled = false; });
   const bool hasLimits = distribution_ == Distribution::Binomial || distribution_ == Distribution::Poisson;
   for (const char* id : {"combo_cl", "btn_lcl", "btn_ucl"}) {
     form_.Update(id, [&](Control& control) { control.visible = hasLimits; });

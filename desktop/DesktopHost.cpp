@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QFileDialog>
+#include <QGridLayout>
 #include <QMessageBox>
 #include <QProcess>
 #include <QPushButton>
@@ -71,6 +72,13 @@ QString ExtensionOf(const QString& filter) {
   return one.match(filter).captured(1);
 }
 
+// A box takes its size from what it holds, whatever its least size.
+void WidenForTitle(QMessageBox& box) {
+  if (auto* grid = qobject_cast<QGridLayout*>(box.layout())) {
+    grid->addItem(new QSpacerItem(WidthForTitle(box), 0), grid->rowCount(), 0, 1, grid->columnCount());
+  }
+}
+
 bool HasPlace(const Form& form) { return std::ranges::find(PlacedForms(), form.Name()) != PlacedForms().end(); }
 
 }  // namespace
@@ -117,6 +125,7 @@ Reply DesktopHost::ShowMessage(const Message& message) {
     help->disconnect();
     QObject::connect(help, &QPushButton::clicked, &box, [this, &message] { showHelp_(message.helpContext); });
   }
+  WidenForTitle(box);
   switch (box.exec()) {
     case QMessageBox::Ok:
       return Reply::Ok;
@@ -167,14 +176,15 @@ void DesktopHost::SavePlace(const FormDialog& dialog, const Form& form) {
   if (HasPlace(form)) SaveFormPlace(dialog, settings_, form.Name());
 }
 
-void DesktopHost::CloseForms() {
+bool DesktopHost::CloseForms() {
   while (!modeless_.empty()) {
     QCoreApplication::processEvents();
     Modeless& last = modeless_.back();
     if (last.form->IsOpen()) SavePlace(*last.dialog, *last.form);
-    last.form->Close();
+    if (!last.form->Close()) return false;
     modeless_.pop_back();
   }
+  return true;
 }
 
 SelectionReply DesktopHost::WaitForSelection(const SelectionRequest& request) { return bar_.Wait(request); }

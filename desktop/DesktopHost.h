@@ -44,7 +44,7 @@ class DesktopHost : public Host {
 
   std::function<std::filesystem::path()> dataFolder;  // where a file dialog starts
 
-  void CloseForms();  // the modeless ones, from the last to the first
+  bool CloseForms();  // the modeless ones, from the last to the first; false when one of them stays open
 
  private:
   struct Modeless;

@@ -6,7 +6,6 @@
 #include <QColorDialog>
 #include <QComboBox>
 #include <QDialogButtonBox>
-#include <QFontMetrics>
 #include <QFormLayout>
 #include <QGridLayout>
 #include <QGroupBox>
@@ -25,6 +24,7 @@
 #include <map>
 #include <set>
 
+#include "desktop/WindowPlace.h"
 #include "numeric/Text.h"
 #include "report/RichText.h"
 
@@ -87,13 +87,14 @@ void GrowToText(QWidget& window) {
   if (needed > window.height()) window.resize(window.width(), needed);
 }
 
-// Wide enough for a title to be read beside the window's icon and buttons.
-int WidthForTitle(const QWidget& window) {
-  constexpr int iconAndButtons = 120, widest = 560;
-  QFont bold = window.font();
-  bold.setBold(true);
-  const QString title = window.windowTitle() + " — " + QGuiApplication::applicationDisplayName();
-  return std::min(QFontMetrics(bold).horizontalAdvance(title) + iconAndButtons, widest);
+// Other rows and captions: the open window becomes as high as they need, and as wide unless it is wider.
+void FitToContents(QWidget& window) {
+  if (!window.isVisible()) return;
+  QLayout& layout = *window.layout();
+  layout.activate();
+  const QSize hint = layout.totalSizeHint();
+  const int width = std::max(window.width(), hint.width());
+  window.resize(width, layout.hasHeightForWidth() ? layout.totalHeightForWidth(width) : hint.height());
 }
 
 // A group of radios of one dialog needs no frame; a frame has a caption to show.
@@ -342,6 +343,7 @@ QWidget* FormDialog::WidgetOf(std::string_view id) const {
 void FormDialog::FormChanged(std::string_view id) {
   if (!id.empty()) return Refresh(id);
   setWindowTitle(Q(form_.title));
+  if (form_.IsOpen()) FitToContents(*this);
   // Closed by its own logic, perhaps within one of its callbacks: the window goes when that has returned.
   if (!form_.IsOpen()) QTimer::singleShot(0, this, [this] { done(form_.Accepted() ? Accepted : Rejected); });
 }

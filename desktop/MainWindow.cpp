@@ -507,12 +507,12 @@ void MainWindow::closeEvent(QCloseEvent* event) {
     if (auto* sheet = qobject_cast<WorksheetForm*>(child)) sheet->View().CommitEdit();
     if (auto* report = qobject_cast<ReportForm*>(child)) report->View().Commit();
   }
-  if (!AskBeforeClosing(session_, Savers())) return;
+  // A calculator may write its lines into a report, which then is asked about.
+  if (!host_->CloseForms() || !AskBeforeClosing(session_, Savers())) return;
   DeleteTemporaryFiles(session_.paths);
   SaveFormPlace(*this, settings_, "MainWindow");
   SaveSettings(session_);
   if (recovery_) recovery_->Clear();
-  host_->CloseForms();
   help_.reset();
   event->accept();
 }

@@ -1,8 +1,10 @@
 #include "desktop/WindowPlace.h"
 
+#include <QFontMetrics>
 #include <QGuiApplication>
 #include <QScreen>
 #include <QWidget>
+#include <algorithm>
 #include <vector>
 
 #include "shell/FormPlace.h"
@@ -42,6 +44,14 @@ bool LoadFormPlace(QWidget& window, const Settings& settings, std::string_view s
   }
   if (place.state == WindowState::Maximised) window.setWindowState(Qt::WindowMaximized);
   return place.HasArea();
+}
+
+int WidthForTitle(const QWidget& window) {
+  constexpr int iconAndButtons = 120, widest = 560;
+  QFont bold = window.font();
+  bold.setBold(true);
+  const QString title = window.windowTitle() + " — " + QGuiApplication::applicationDisplayName();
+  return std::min(QFontMetrics(bold).horizontalAdvance(title) + iconAndButtons, widest);
 }
 
 }  // namespace tellurix

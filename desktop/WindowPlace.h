@@ -16,4 +16,8 @@ void SaveFormPlace(const QWidget& window, Settings& settings, std::string_view s
 // no such place is on a screen that is there now; its state is set all the same.
 bool LoadFormPlace(QWidget& window, const Settings& settings, std::string_view section);
 
+// The least width, in pixels, at which the title of a window can be read beside its icon and buttons; very long titles
+// are cut all the same.
+int WidthForTitle(const QWidget& window);
+
 }  // namespace tellurix

@@ -71,7 +71,15 @@ TEST_F(Distributions, TypedOnEitherSideAndDoubleClicked) {
 }
 
 TEST_F(Distributions, AnotherOneTakesTheSameWindow) {
+  Type("edpdf", "1.96");
+  QTest::keyClick(Box("edpdf"), Qt::Key_Return);
   Run("M_Distributions(5)");
+  EXPECT_FALSE(Shows("P(z 1.96) = 0.024998 upper,  0.975002 lower,  0.049996 two sided"));  // of another distribution
+  EXPECT_FALSE(dialog_->WidgetOf("Save")->isEnabled());
+  QApplication::processEvents();
+  for (const char* id : {"Calc", "btn_lcl", "btn_ucl", "edpdf"}) {  // room for what has come to it
+    EXPECT_GE(dialog_->WidgetOf(id)->width(), dialog_->WidgetOf(id)->sizeHint().width()) << id;
+  }
   EXPECT_EQ(player_.PlayedSession().distributions.lock(), form_);
   EXPECT_EQ(dialog_->windowTitle(), "Binomial distribution");
   EXPECT_TRUE(Shows("Probability of success per trial"));

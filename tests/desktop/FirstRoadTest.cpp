@@ -183,8 +183,8 @@ TEST_F(FirstRoad, BatchModeAsksAgainUntilItIsUnticked) {
   });
   driver.Step("second form", FormShown(), [] { QTest::keyClick(Form(), Qt::Key_Return); });
   driver.Step("third", BarShown(), [this] {
-    Click(OnBar("Batch"));  // unticked during the wait
-    Click(OnBar("Multi1"));
+    Click(OnBar("Batch"));                                // unticked during the wait
+    QTest::keyClick(grid()->viewport(), Qt::Key_Escape);  // cancels
   });
   driver.Step("ended", Idle(), [this] {
     EXPECT_EQ(main.OpenedDocuments().ReportCount(), 1);
@@ -290,6 +290,28 @@ TEST_F(FirstRoad, ClosingAsksAboutSheetsThenReports) {
   EXPECT_FALSE(main.isVisible());
   EXPECT_EQ(asked,
             (std::vector<std::string>{"Save changes to sleep.csv?", "Saving Workbook", "Save changes to Report 01?"}));
+}
+
+// Lines that were saved in the calculator stand in a report when it is asked about.
+TEST_F(FirstRoad, ClosingWritesTheLinesOfTheCalculatorFirst) {
+  driver.Step("menu", Idle(), [this] { Driver::ClickMenu(main.menuBar(), {"Analysis", "Distributions", "Normal"}); });
+  driver.Step(
+      "calculator", [this] { return main.findChild<FormDialog*>() != nullptr; },
+      [this] {
+        auto* calculator = main.findChild<FormDialog*>();
+        QTest::keyClicks(calculator->WidgetOf("edpdf"), "1.96");
+        Click(calculator->WidgetOf("Calc"));
+        Click(calculator->WidgetOf("Save"));
+        EXPECT_EQ(main.OpenedDocuments().ReportCount(), 0);
+        QTimer::singleShot(0, &main, &QWidget::close);
+      });
+  driver.Step("report", BoxShown(), [this] {
+    EXPECT_EQ(Box()->text(), "Save changes to Report 01?");
+    EXPECT_NE(ReportText().find("P(z 1.96) = 0.024998 upper"), std::string::npos);
+    Answer(QMessageBox::No);
+  });
+  driver.Drive();
+  EXPECT_FALSE(main.isVisible());
 }
 
 // Closing during a calculation asks first; the calculation then stops as if it had been cancelled.
