@@ -56,9 +56,13 @@ struct Choices {
 };
 
 // A table of the report is as wide as its paper lets it be; more columns go into further tables.
-constexpr std::size_t ColumnsOfTable = 3;
-constexpr int LabelEdge = 2800;  // twips
-constexpr int ColumnWidth = 2000;
+struct TableShape {
+  std::size_t columns;
+  int columnWidth;  // twips
+};
+constexpr TableShape Usual{3, 2000}, Wide{2, 3000};
+constexpr std::size_t LongestUsual = 16;  // characters of a figure, above which columns are wide
+constexpr int LabelEdge = 2800;           // twips
 
 // Selects the data, and their weights into CompanionMatrix.
 bool SelectData(Session& session, bool weighted) {
@@ -162,17 +166,27 @@ std::optional<std::vector<Summary>> Summarize(Session& session, const Choices& c
 // The report
 // ---------------------------------------------------------------------------------------------------------------------
 
-void SetCellEdges(TemplateMerge& merge, std::size_t columns) {
+TableShape ShapeFor(const std::vector<SummaryItem>& items, std::span<const Summary> summaries,
+                    const Formatter& format) {
+  const auto hasLongFigure = [&](const Summary& summary) {
+    return std::ranges::any_of(
+        items, [&](SummaryItem item) { return SummaryText(item, summary, format).text.size() > LongestUsual; });
+  };
+  return summaries.size() <= Wide.columns || std::ranges::any_of(summaries, hasLongFigure) ? Wide : Usual;
+}
+
+void SetCellEdges(TemplateMerge& merge, std::size_t columns, int columnWidth) {
   for (std::size_t k = 1; k <= columns; ++k) {
     merge.BlockRepeat();
-    merge.SetField("edge", std::to_string(LabelEdge + static_cast<int>(k) * ColumnWidth));
+    merge.SetField("edge", std::to_string(LabelEdge + static_cast<int>(k) * columnWidth));
   }
   merge.BlockDrop();
 }
 
 // One open copy of a row of results.
-void SetResultRow(TemplateMerge& merge, SummaryItem item, std::span<const Summary> columns, const Formatter& format) {
-  SetCellEdges(merge, columns.size());
+void SetResultRow(TemplateMerge& merge, SummaryItem item, std::span<const Summary> columns, int columnWidth,
+                  const Formatter& format) {
+  SetCellEdges(merge, columns.size(), columnWidth);
   merge.SetField("item", SummaryLabel(item, columns.front()));
   for (const Summary& summary : columns) {
     merge.BlockRepeat();
@@ -183,8 +197,8 @@ void SetResultRow(TemplateMerge& merge, SummaryItem item, std::span<const Summar
 
 // One open copy of the template's table.
 void SetTable(TemplateMerge& merge, const std::vector<SummaryItem>& items, std::span<const Summary> columns,
-              const Formatter& format) {
-  SetCellEdges(merge, columns.size());
+              int columnWidth, const Formatter& format) {
+  SetCellEdges(merge, columns.size(), columnWidth);
   for (const Summary& summary : columns) {
     merge.BlockRepeat();
     merge.SetField("title", summary.title);
@@ -192,11 +206,11 @@ void SetTable(TemplateMerge& merge, const std::vector<SummaryItem>& items, std::
   merge.BlockDrop();
   for (std::size_t i = 0; i + 1 < items.size(); ++i) {
     merge.BlockRepeat();
-    SetResultRow(merge, items[i], columns, format);
+    SetResultRow(merge, items[i], columns, columnWidth, format);
   }
   merge.BlockDrop();
   merge.BlockKeep();  // the last row, with the rule under it
-  SetResultRow(merge, items.back(), columns, format);
+  SetResultRow(merge, items.back(), columns, columnWidth, format);
 }
 
 bool ReportSummaries(Session& session, const std::vector<SummaryItem>& items, std::span<const Summary> summaries) {
@@ -204,10 +218,13 @@ bool ReportSummaries(Session& session, const std::vector<SummaryItem>& items, st
   if (!merge.OpenTemplate("describe.rtf")) return false;
   Report* report = EnsureReport(session);
   if (!report) return false;
-  for (std::size_t first = 0; first < summaries.size(); first += ColumnsOfTable) {
+  const Formatter format = session.Format();
+  const TableShape shape = ShapeFor(items, summaries, format);
+  for (std::size_t first = 0; first < summaries.size(); first += shape.columns) {
     merge.BlockRepeat();
-    SetTable(merge, items, summaries.subspan(first, std::min(ColumnsOfTable, summaries.size() - first)),
-             session.Format());
+    first == 0 ? merge.BlockDrop() : merge.BlockKeep();  // the gap between two tables
+    const auto columns = summaries.subspan(first, std::min(shape.columns, summaries.size() - first));
+    SetTable(merge, items, columns, shape.columnWidth, format);
   }
   merge.BlockDrop();
   merge.CloseTemplate();
