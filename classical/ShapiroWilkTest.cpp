@@ -36,14 +36,14 @@ std::optional<std::int32_t> AskCensored(Session& session, std::int32_t limit) {
   }
 }
 
-const char* Verdict(double p) {
+}  // namespace
+
+const char* ShapiroWilkVerdict(double p) {
   if (p == MissingValue) return "Error in calculation";
   if (p < 0.05) return "Sample unlikely to be from a normal distribution";
   if (p < 0.1) return "Test not quite significant but do NOT assume normality";
   return "No evidence of non-normality";
 }
-
-}  // namespace
 
 void ShapiroWilkTest(Session& session) {
   if (!session.data.SelectWorksheetData(ModeNumericCompact, 1, 1, "Select UNCENSORED DATA")) return;
@@ -66,7 +66,7 @@ void ShapiroWilkTest(Session& session) {
     merge.SetField("sqm", format.FormatStatistic(stats.sumOfSquares));
     merge.SetField("w", format.FormatStatistic(test.w));
     merge.SetField("sig", format.FormatP(test.upperP));
-    merge.SetField("result", Verdict(test.upperP));
+    merge.SetField("result", ShapiroWilkVerdict(test.upperP));
   });
 }
 

@@ -52,19 +52,6 @@ void SetResult(TemplateMerge& merge, const Formatter& format, const UnpairedTRes
 // Half of a two-sided level of 5%, whatever the confidence.
 constexpr double UnequalBelow = 0.025;
 
-void SetVerdict(TemplateMerge& merge, double varianceRatioP) {
-  if (varianceRatioP == MissingValue) {
-    merge.SetField("say1", "*");
-    merge.SetField("say2", "The variances cannot be compared");
-  } else if (varianceRatioP < UnequalBelow) {
-    merge.SetField("say1", "TWO SIDED F TEST IS SIGNIFICANT");
-    merge.SetField("say2", "USE APPROXIMATE t (UNEQUAL VARIANCES) RESULT or ALTERNATIVELY MANN-WHITNEY");
-  } else {
-    merge.SetField("say1", "Two sided F test is not significant");
-    merge.SetField("say2", "No need to assume unequal variances");
-  }
-}
-
 void ReportUnpairedT(Session& session, const TwoSamples& samples, double confidence) {
   WriteReport(session, "m_unpair.rtf", [&](TemplateMerge& merge, const Formatter& format) {
     const auto& [title1, first] = samples.first;
@@ -93,11 +80,22 @@ void ReportUnpairedT(Session& session, const TwoSamples& samples, double confide
     merge.SetField("n1", format.FormatValue(second.n, 0));
     SetResult(merge, format, equal, confidence);
     SetResult(merge, format, unequal, confidence);
-    SetVerdict(merge, CompareVariances(first.n, first.sd, second.n, second.sd).upperP);
+    const VarianceVerdict verdict = JudgeVariances(CompareVariances(first.n, first.sd, second.n, second.sd).upperP);
+    merge.SetField("say1", verdict.finding);
+    merge.SetField("say2", verdict.advice);
   });
 }
 
 }  // namespace
+
+VarianceVerdict JudgeVariances(double upperP) {
+  if (upperP == MissingValue) return {"*", "The variances cannot be compared"};
+  if (upperP < UnequalBelow) {
+    return {"TWO SIDED F TEST IS SIGNIFICANT",
+            "USE APPROXIMATE t (UNEQUAL VARIANCES) RESULT or ALTERNATIVELY MANN-WHITNEY"};
+  }
+  return {"Two sided F test is not significant", "No need to assume unequal variances"};
+}
 
 void UnpairedT(Session& session) {
   const auto confidence = session.prompts.SelectConfidence();

@@ -5,6 +5,13 @@
 
 namespace tellurix {
 
+// What the upper tail P of the variance ratio says about the t test to use, in two lines.
+struct VarianceVerdict {
+  const char* finding;
+  const char* advice;
+};
+VarianceVerdict JudgeVariances(double upperP);
+
 // Analysis, Parametric, Unpaired t. Writes m_unpair.rtf.
 void UnpairedT(Session& session);
 
