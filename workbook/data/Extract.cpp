@@ -35,9 +35,9 @@ bool HasRelation(std::string_view expression) {
 std::optional<Condition> AskCondition(Session& session, const std::vector<NumberColumn>& columns) {
   Form form("Extraction", Caption);
   form.helpContext = session.HelpContext;
-  form.AddCombo("Source", "Take the values of", VariableList(columns), 0);
-  form.AddText("Expression", "where", "v1=");
-  form.AddText("Name", "Name for new variable", "");
+  form.AddCombo("Source", "&Take the values of", VariableList(columns), 0);
+  form.AddText("Expression", "&where", "v1=");
+  form.AddText("Name", "&Name for new variable", "");
   form.AddButton("OK", "&OK", ButtonRole::Default);
   form.AddButton("Cancel", "&Cancel", ButtonRole::Cancel);
   const Regional& regional = session.options.regional;
