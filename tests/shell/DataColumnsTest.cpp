@@ -87,6 +87,14 @@ TEST_F(DataColumns, FlippingTheRadiosAtTheLinkStartsAgain) {
   EXPECT_EQ(Book().LastCol(), 4);
 }
 
+// Words to be linked are refused and others asked for: the sorted column is not written without its link.
+TEST_F(DataColumns, WordsAreNotLinked) {
+  EXPECT_EQ(Play("run M_Sort(0)\nselect A:A\nset \"Link to other variable\" on\npress OK\nselect C:C\n"
+                 "expect message \"You must select numerical data\"\nselect B:B\npick \"Book 01\"\n"),
+            "");
+  EXPECT_EQ(Book().LastCol(), 5);
+}
+
 TEST_F(DataColumns, PairsHaveToFitTheSheet) {
   // 1448 * 1447 / 2 = 1 047 628 pairs fit, 1449 * 1448 / 2 = 1 049 076 do not.
   for (int row = 1; row <= 1449; ++row) Book().NumberRC(row, 5, row);

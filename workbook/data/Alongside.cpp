@@ -35,8 +35,10 @@ bool SelectAlongside(Session& session, const ColumnDescriptor& first, SelectionM
     const auto goesWith = [&](const ColumnDescriptor& info) {
       return info.Count == reference.Count || info.StartRow == reference.StartRow;
     };
-    if (std::ranges::all_of(data.ColumnInfo, goesWith)) return mode >= ModeCategorical || HoldNumbers(session);
+    const bool fits = std::ranges::all_of(data.ColumnInfo, goesWith);
+    if (fits && (mode >= ModeCategorical || HoldNumbers(session))) return true;
     session.results.Current().selection.resize(logged);
+    if (fits) continue;
     std::string text = fmt::format("Error: all columns selected must be {} rows long.", reference.Count);
     if (mode < ModeCategorical) text += "\n\nThe rows must contain numeric data not text.";
     ShowMessage(session, text, WarningIcon, "Worksheet Data Selection");
