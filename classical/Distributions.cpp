@@ -276,6 +276,7 @@ void ShowDistribution(Session& session, int number) {
     form->onChange(*form->Find("Dist"));
   }
   session.host.ShowForm(form);
+  if (form->view) form->view("");  // the size that its window had may have been for other boxes
 }
 
 }  // namespace tellurix
