@@ -107,11 +107,18 @@ class Inserter {
     for (std::size_t k = 0; k < blocks.size(); ++k) {
       if (const auto* table = std::get_if<Table>(&blocks[k])) {
         const auto* next = k + 1 < blocks.size() ? std::get_if<Paragraph>(&blocks[k + 1]) : nullptr;
-        AddTable(*table, next != nullptr ? next->format.spaceBefore : 0);
+        const bool beforeTable = k + 2 < blocks.size() && std::holds_alternative<Table>(blocks[k + 2]);
+        AddTable(*table, next != nullptr ? SpaceBehindTable(*next, beforeTable) : 0);
       } else {
         AddParagraph(std::get<Paragraph>(blocks[k]));
       }
     }
+  }
+
+  // In twips. Qt gives an empty block between two tables no height.
+  static int SpaceBehindTable(const Paragraph& next, bool beforeTable) {
+    constexpr int emptyLine = 230;  // of 10 points
+    return next.format.spaceBefore + (beforeTable && next.runs.empty() ? emptyLine : 0);
   }
 
   void AddParagraph(const Paragraph& paragraph) {

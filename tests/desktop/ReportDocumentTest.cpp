@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QAbstractTextDocumentLayout>
 #include <QElapsedTimer>
 #include <QTextBlock>
 #include <QTextFrame>
@@ -60,6 +61,21 @@ TEST(ReportDocument, ManyColumnsBecomeLinesAndRaggedTablesStaySmall) {
   AppendBlocks(document, {&block, 1});
   EXPECT_EQ(document.toPlainText().count('c'), 300);
   EXPECT_EQ(document.rootFrame()->childFrames().size(), 0);
+}
+
+TEST(ReportDocument, AnEmptyLineBetweenTablesShows) {
+  Table table;
+  table.rows.push_back({});
+  table.rows.back().cells.push_back({{Paragraph{{{"c", {}, nullptr}}, {}}}, 2000, {}});
+  const Block blocks[] = {table, Paragraph{}, table};
+  QTextDocument document;
+  PrepareDocument(document);
+  AppendBlocks(document, blocks);
+  const auto tables = document.rootFrame()->childFrames();
+  ASSERT_EQ(tables.size(), 2);
+  const auto& layout = *document.documentLayout();
+  const double end = layout.blockBoundingRect(tables[0]->firstCursorPosition().block()).bottom();
+  EXPECT_GT(layout.blockBoundingRect(tables[1]->firstCursorPosition().block()).top() - end, 10);
 }
 
 TEST(ReportDocument, TwoThousandResultsLoadAndGrowFast) {
