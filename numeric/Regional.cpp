@@ -4,6 +4,7 @@
 #include <langinfo.h>
 #include <locale.h>
 
+#include <algorithm>
 #include <cmath>
 
 #include "numeric/Text.h"
@@ -89,12 +90,46 @@ std::string DateFormOf(std::string_view strftimeFormat) {
   return form;
 }
 
+namespace {
+
+// Whether the digits of a whole number are parted as digits are: three at the end, two or three in between, one to
+// three at the front. A date whose parts stand between the same symbols is none.
+bool IsGrouped(std::string_view whole, std::string_view symbol) {
+  if (!whole.empty() && (whole.front() == '+' || whole.front() == '-')) whole.remove_prefix(1);
+  bool isFirst = true;
+  for (;;) {
+    const auto at = whole.find(symbol);
+    const std::string_view group = whole.substr(0, at);
+    const bool isLast = at == std::string_view::npos;
+    const std::size_t least = isLast ? 3 : isFirst ? 1 : 2;
+    if (group.size() < least || group.size() > 3) return false;
+    if (group.find_first_not_of("0123456789") != std::string_view::npos) return false;
+    if (isLast) return true;
+    whole.remove_prefix(at + symbol.size());
+    isFirst = false;
+  }
+}
+
+// The text of a number without its grouping symbols; nothing where they stand in other places than between groups.
+std::optional<std::string> WithoutGrouping(std::string_view text, const Regional& regional) {
+  const std::string& symbol = regional.groupingSymbol;
+  if (symbol.empty() || text.find(symbol) == std::string_view::npos) return std::string(text);
+  const std::size_t end = std::min({text.find(regional.decimalSymbol), text.find_first_of("eE"), text.size()});
+  const std::string_view whole = text.substr(0, end), rest = text.substr(end);
+  if (rest.find(symbol) != std::string_view::npos || !IsGrouped(whole, symbol)) return std::nullopt;
+  return ReplaceAll(whole, symbol, "").append(rest);
+}
+
+}  // namespace
+
 std::optional<double> ReadNumber(std::string_view text, const Regional& regional) {
   text = Trim(text);
   std::string plain;
   const bool isPlain = regional.decimalSymbol == "." && regional.groupingSymbol.empty();
   if (!isPlain) {
-    plain = regional.groupingSymbol.empty() ? std::string(text) : ReplaceAll(text, regional.groupingSymbol, "");
+    auto ungrouped = WithoutGrouping(text, regional);
+    if (!ungrouped) return std::nullopt;
+    plain = std::move(*ungrouped);
     if (regional.decimalSymbol != ".") {
       if (plain.find('.') != std::string::npos) return std::nullopt;
       plain = ReplaceAll(plain, regional.decimalSymbol, ".");

@@ -35,7 +35,8 @@ SystemSymbols ReadSystemSymbols();
 std::string DateFormOf(std::string_view strftimeFormat);
 
 // The number that the whole text states by the regional rule (sign, grouping, decimal symbol, exponent; blanks at both
-// ends), or nothing. "inf", "nan" and hexadecimal are not numbers.
+// ends), or nothing. Grouping symbols stand between groups of digits only: where they are points, "1.234.567" is a number
+// and neither "1.5" nor "28.02.2020" is. "inf", "nan" and hexadecimal are not numbers.
 std::optional<double> ReadNumber(std::string_view text, const Regional& regional);
 
 // A number text with "." put into the user's form.

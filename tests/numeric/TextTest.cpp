@@ -36,6 +36,13 @@ TEST(Regional, ReadsNumbersByTheUsersSymbols) {
   EXPECT_FALSE(ReadNumber("+-1", plain));
   const Regional german{.decimalSymbol = ",", .groupingSymbol = ".", .dateForm = "dd.mm.yyyy"};
   EXPECT_EQ(ReadNumber("1.234,5", german), 1234.5);
+  EXPECT_EQ(ReadNumber("-12.345.678", german), -12345678);
+  EXPECT_EQ(ReadNumber("12.34.567,25e1", german), 12345672.5);
+  // The decimal point of another country, and dates.
+  for (const char* text : {"1.5", "28.02.2020", "1.1.2024", "1,234.5", "1234.567.8", ".123", "1234.567", "1..234", "1.",
+                           "1e1.000", "1.23a"}) {
+    EXPECT_FALSE(ReadNumber(text, german)) << text;
+  }
   EXPECT_EQ(Localized("0.5", german), "0,5");
 }
 
