@@ -274,6 +274,12 @@ void GridView::ScrollBy(int rows, int columns) {
   go(horizontalScrollBar(), columns);
 }
 
+// As much of the marked columns as has room, the active cell above all.
+void GridView::ScrollToMarks() {
+  ScrollTo(workbook_.ActiveRow(), LastRange().lastColumn);
+  ScrollTo(workbook_.ActiveRow(), workbook_.ActiveColumn());
+}
+
 int GridView::TopRow() const { return geometry_.topRow; }
 int GridView::LeftColumn() const { return geometry_.leftColumn; }
 
@@ -438,12 +444,15 @@ void GridView::Refresh() {
   const std::string name = workbook_.SheetName(sheet);
   const bool another = sheet != sheet_ || name != sheetName_;
   if (another) {
-    otherSheets_.insert_or_assign(sheetName_, SheetState{geometry_});
+    otherSheets_.insert_or_assign(sheetName_, SheetState{geometry_, shownRow_, shownColumn_});
     const auto found = otherSheets_.find(name);
     if (found != otherSheets_.end()) {
       geometry_ = found->second.geometry;
+      shownRow_ = found->second.activeRow;
+      shownColumn_ = found->second.activeColumn;
     } else {
       geometry_ = {GridAxis(GridStore::MaxRows, 20), GridAxis(GridStore::MaxColumns, 80)};
+      shownRow_ = shownColumn_ = 1;
     }
     MeasureFont();
     sheet_ = sheet;
@@ -451,6 +460,7 @@ void GridView::Refresh() {
   }
   LoadGeometry();
   UpdateScrollBars();
+  if (shownRow_ != workbook_.ActiveRow() || shownColumn_ != workbook_.ActiveColumn()) ScrollToMarks();
   MarksChanged();
   viewport()->update();
   if (another) emit SheetChanged();

@@ -124,7 +124,7 @@ class GridView : public QAbstractScrollArea {
   void AutoFitColumns();
 
  public slots:
-  void Refresh();  // sheet or marks were set elsewhere
+  void Refresh();  // sheet or marks were set elsewhere; marks that have moved come into view
   // Each is one undo step. What cannot be done is told by Refused.
   bool Copy();
   bool Cut();
@@ -184,6 +184,8 @@ class GridView : public QAbstractScrollArea {
   };
   struct SheetState {
     SheetGeometry geometry;
+    int activeRow;
+    int activeColumn;
   };
   struct Colors;
   using RowLooks = std::vector<std::optional<CellAppearance>>;  // of a pane's columns; empty: all plain
@@ -214,6 +216,7 @@ class GridView : public QAbstractScrollArea {
 
   // marks
   CellRange LastRange() const;
+  void ScrollToMarks();
   void MovingEnd(int& row, int& column) const;
   CellRange SpanTo(int row, int column) const;
   void ReplaceLastRange(const CellRange& range);
@@ -254,6 +257,8 @@ class GridView : public QAbstractScrollArea {
   SheetGeometry geometry_;
   int sheet_ = 1;
   std::string sheetName_;
+  int shownRow_ = 1;  // the active cell when the marks were last shown
+  int shownColumn_ = 1;
   std::map<std::string, SheetState> otherSheets_;  // by name
   std::vector<GridSpan> rows_;                     // those that show
   std::vector<GridSpan> columns_;

@@ -168,6 +168,8 @@ void GridView::ReplaceLastRange(const CellRange& range) {
 }
 
 void GridView::MarksChanged() {
+  shownRow_ = workbook_.ActiveRow();
+  shownColumn_ = workbook_.ActiveColumn();
   ResetSummary();
   ShowActiveCell();
   viewport()->update();

@@ -107,14 +107,39 @@ TEST_F(WorksheetViewTest, ScrollsWhileDraggedBeyondTheEdge) {
   EXPECT_EQ(book.GetSelection(0).lastRow, last);
 }
 
+// A command has written its columns; looking elsewhere afterwards is left alone.
+TEST_F(WorksheetViewTest, MarksThatWereSetElsewhereComeIntoView) {
+  book.SetSelection({1, 100, 5, 103});
+  view.Refresh();
+  EXPECT_FALSE(grid->ColumnHeadingRect(100).isEmpty());
+  EXPECT_FALSE(grid->ColumnHeadingRect(103).isEmpty());
+  grid->ScrollTo(1, 1);
+  view.Refresh();
+  EXPECT_EQ(grid->LeftColumn(), 1);
+  // On another sheet, and on the way back.
+  const int second = book.AddSheet();
+  book.Sheet(second);
+  book.SetSelection({300, 2, 300, 2});
+  view.Refresh();
+  EXPECT_GT(grid->TopRow(), 250);
+  book.Sheet(1);
+  view.Refresh();
+  EXPECT_EQ(grid->LeftColumn(), 1);
+}
+
 TEST_F(WorksheetViewTest, WaitsForASelection) {
   const QSignalSpy confirmed(grid, &GridView::ConfirmRequested);
+  const QSignalSpy cancelled(grid, &GridView::CancelRequested);
   const QSignalSpy menus(grid, &GridView::ContextMenuRequested);
+  Key(Qt::Key_Escape);
+  EXPECT_EQ(cancelled.count(), 0);
   view.SetSelecting(true);
   Drag(Cell(1, 1), Cell(4, 1));
   Key(Qt::Key_Return);
   QTest::mouseClick(Port(), Qt::RightButton, {}, Cell(9, 3));
   EXPECT_EQ(confirmed.count(), 2);
+  Key(Qt::Key_Escape);
+  EXPECT_EQ(cancelled.count(), 1);
   EXPECT_EQ(menus.count(), 0);
   EXPECT_EQ(book.Selection(), "A1:A4");
   Type("7");
