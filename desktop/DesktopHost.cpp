@@ -107,6 +107,9 @@ void DesktopHost::HideProgress() {
 QWidget* DesktopHost::Front() const {
   QWidget* active = QApplication::activeModalWidget();
   if (active) return active;
+  const auto isActive = [](const Modeless& shown) { return shown.dialog->isActiveWindow(); };
+  const auto modeless = std::ranges::find_if(modeless_, isActive);
+  if (modeless != modeless_.end()) return modeless->dialog.get();
   return owner_.isVisible() ? &owner_ : nullptr;
 }
 

@@ -1,6 +1,7 @@
 #include "desktop/FormDialog.h"
 
 #include <QApplication>
+#include <QButtonGroup>
 #include <QCheckBox>
 #include <QCloseEvent>
 #include <QColorDialog>
@@ -233,18 +234,8 @@ QWidget* FormDialog::MakeWidget(const Control& control) {
       connect(check, &QCheckBox::toggled, this, [set](bool on) { set(on ? "on" : "off"); });
       return check;
     }
-    case ControlKind::Radio: {
-      auto* radio = new QRadioButton(Q(control.caption), this);
-      radio->setAutoExclusive(false);  // the form knows which radios exclude one another
-      connect(radio, &QRadioButton::clicked, this, [this, set, radio] {
-        if (!radio->isChecked()) {
-          radio->setChecked(true);  // a second click does not take it off
-        } else {
-          set("on");
-        }
-      });
-      return radio;
-    }
+    case ControlKind::Radio:
+      return MakeRadio(control);
     case ControlKind::List: {
       auto* list = new QListWidget(this);
       connect(list, &QListWidget::currentTextChanged, this, [set](const QString& text) { set(text.toStdString()); });
@@ -286,6 +277,19 @@ QWidget* FormDialog::MakeEntry(const Control& control) {
   });
   edit->installEventFilter(this);
   return edit;
+}
+
+// The radios of one of the form's groups exclude one another, wherever they stand, and the arrow keys go through them.
+QWidget* FormDialog::MakeRadio(const Control& control) {
+  auto* radio = new QRadioButton(Q(control.caption), this);
+  QButtonGroup*& group = radios_[control.group];
+  if (!group) group = new QButtonGroup(this);
+  group->addButton(radio);
+  const std::string id = control.id;
+  connect(radio, &QRadioButton::toggled, this, [this, id](bool on) {
+    if (on && !refreshing_) form_.Set(id, "on");
+  });
+  return radio;
 }
 
 QWidget* FormDialog::MakeGrid(const Control& control) {
@@ -478,7 +482,9 @@ void FormDialog::showEvent(QShowEvent* event) {
   // The caret stands in the first control that takes input, its text marked.
   for (const Shown& shown : shown_) {
     if (shown.kind == ControlKind::Label || !shown.widget->isVisibleTo(this) || !shown.widget->isEnabled()) continue;
-    shown.widget->setFocus();
+    auto* radio = qobject_cast<QRadioButton*>(shown.widget);
+    QAbstractButton* chosen = radio ? radio->group()->checkedButton() : nullptr;
+    chosen ? chosen->setFocus() : shown.widget->setFocus();
     if (auto* edit = qobject_cast<QLineEdit*>(shown.widget)) edit->selectAll();
     break;
   }

@@ -3,12 +3,14 @@
 
 #include <QDialog>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "host/Form.h"
 
+class QButtonGroup;
 class QVBoxLayout;
 
 namespace tellurix {
@@ -48,6 +50,7 @@ class FormDialog : public QDialog {
   void GoOnTyping();
   QWidget* MakeWidget(const Control& control);
   QWidget* MakeEntry(const Control& control);
+  QWidget* MakeRadio(const Control& control);
   QWidget* MakeGrid(const Control& control);
   QWidget* MakeSlider(const Control& control);
   QWidget* MakeColour(const Control& control);
@@ -59,7 +62,8 @@ class FormDialog : public QDialog {
   Form& form_;
   std::function<void(int)> showHelp_;
   std::vector<Shown> shown_;
-  bool refreshing_ = false;  // a change by the form, not by the person
+  std::map<std::string, QButtonGroup*> radios_;  // by the form's groups
+  bool refreshing_ = false;                      // a change by the form, not by the person
 };
 
 }  // namespace tellurix
