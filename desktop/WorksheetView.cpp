@@ -25,6 +25,10 @@ WorksheetView::WorksheetView(Workbook& workbook, const Regional& regional, QWidg
   grid_->setFont(DefaultFont(workbook));
   grid_->SetLooks(&looks_);
   grid_->SetFormulaLine(formulaLine_);
+  // Tab belongs to the cells, and a window that is turned to by keys has the focus in them.
+  for (QWidget* line : {static_cast<QWidget*>(nameBox_), static_cast<QWidget*>(formulaLine_)}) {
+    line->setFocusPolicy(Qt::ClickFocus);
+  }
   listener_ = workbook.AddListener([this](const WorkbookChange& change) {
     if (change.sheet == 0) FollowSettings();
   });
