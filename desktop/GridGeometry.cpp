@@ -121,4 +121,11 @@ std::vector<GridSpan> LayOut(const GridAxis& axis, int frozen, int first, int fr
   return spans;
 }
 
+std::pair<std::size_t, std::size_t> SpansWithin(const std::vector<GridSpan>& spans, int first, int last) {
+  const auto begin =
+      std::partition_point(spans.begin(), spans.end(), [&](const GridSpan& s) { return s.index < first; });
+  const auto end = std::partition_point(begin, spans.end(), [&](const GridSpan& s) { return s.index <= last; });
+  return {static_cast<std::size_t>(begin - spans.begin()), static_cast<std::size_t>(end - spans.begin())};
+}
+
 }  // namespace tellurix

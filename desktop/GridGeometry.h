@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QtGlobal>
+#include <utility>
 #include <vector>
 
 namespace tellurix {
@@ -69,5 +70,8 @@ struct SheetGeometry {
 // Those of an axis that show between two pixels of the window: the frozen ones, then those from `first` on. The last
 // one may reach beyond `to`.
 std::vector<GridSpan> LayOut(const GridAxis& axis, int frozen, int first, int from, int to);
+
+// Which of these spans, in order, have an index from `first` to `last`: from the first number up to the second one.
+std::pair<std::size_t, std::size_t> SpansWithin(const std::vector<GridSpan>& spans, int first, int last);
 
 }  // namespace tellurix

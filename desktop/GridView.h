@@ -189,6 +189,14 @@ class GridView : public QAbstractScrollArea {
   };
   struct Colors;
   using RowLooks = std::vector<std::optional<CellAppearance>>;  // of a pane's columns; empty: all plain
+  // Over which a text too long for its cell may reach: columns_[next] to before columns_[to], which ends at `right`.
+  struct Neighbours {
+    const RowLooks& looks;
+    std::size_t next;
+    std::size_t to;
+    int right;
+  };
+  static constexpr int Padding = 4;  // between a cell's edge and its text
 
   // layout
   void MeasureFont();
@@ -201,18 +209,31 @@ class GridView : public QAbstractScrollArea {
   QRect CellsRect() const;
   QRect RangeRect(const CellRange& range, bool& left, bool& top, bool& right, bool& bottom) const;
   Hit HitTest(const QPoint& position) const;
-  int PageRows() const;
+  int PageRows() const;  // that show whole
+  int PageColumns() const;
   void ScrollBy(int rows, int columns);
 
   // painting
   Colors ThemeColors() const;
   void PaintCells(QPainter& painter, const QRect& area, const Colors& colors) const;
+  void PaintGridlines(QPainter& painter, const QRect& sheet, const QRect& area, const Colors& colors) const;
+  void PaintPaneEdges(QPainter& painter, const QRect& sheet, std::size_t scrolled, const Colors& colors) const;
   void PaintRow(QPainter& painter, const GridSpan& row, std::size_t from, std::size_t to, int right,
                 const Colors& colors) const;
+  void PaintTextFromBefore(QPainter& painter, const GridSpan& row, const Neighbours& inView,
+                           const Colors& colors) const;
   void PaintText(QPainter& painter, const GridSpan& row, int column, int x, int width, const CellAppearance* look,
-                 const RowLooks& looks, std::size_t next, std::size_t to, int right, const Colors& colors) const;
+                 const Neighbours& neighbours, const Colors& colors) const;
+  QRect ReachOver(QPainter& painter, const GridSpan& row, const QRect& cell, int needed, bool isFilled,
+                  const Neighbours& neighbours, const Colors& colors) const;
   void PaintSelection(QPainter& painter, const Colors& colors) const;
+  void PaintMarks(QPainter& painter, const std::vector<CellRange>& ranges, const QRect& active,
+                  const QColor& mark) const;
   void PaintHeadings(QPainter& painter, const QRect& area, const Colors& colors) const;
+  void PaintColumnHeadings(QPainter& painter, const QRect& area, const Colors& colors) const;
+  void PaintRowHeadings(QPainter& painter, const QRect& area, const Colors& colors) const;
+  void PaintCorner(QPainter& painter, const QRect& corner, const Colors& colors) const;
+  QString TipAt(const QPoint& position, QRect& place) const;
 
   // marks
   CellRange LastRange() const;
@@ -220,18 +241,42 @@ class GridView : public QAbstractScrollArea {
   void MovingEnd(int& row, int& column) const;
   CellRange SpanTo(int row, int column) const;
   void ReplaceLastRange(const CellRange& range);
-  void StartDrag(Drag drag, const Hit& hit, Qt::KeyboardModifiers modifiers);
-  void DragTo(const QPoint& position);
-  void MoveTo(int row, int column, bool extend);
-  void MoveWithin(bool down, bool backwards);
-  void MoveOn(bool down, bool backwards);
-  int BlockEdge(int from, int line, int by, bool rows) const;
   void MarksChanged();
-  bool IsMarked(int row, int column) const;
+  bool IsMarked(const Hit& hit) const;  // of a heading or border the whole column or row, else the cell
+  // By any mark; `whole` becomes true where one holds all of it.
   bool ColumnIsTouched(int column, bool& whole) const;
+  bool RowIsTouched(int row, bool& whole) const;
   std::vector<CellRange> MarkedRanges() const;
   void ResetSummary();
   void Summarize(qint64 cells);
+  void GoOnSummarizing();
+
+  // mouse
+  static CellRange RangeOf(const Hit& hit);
+  void PressRight(const Hit& hit, const QPoint& globalPosition);
+  void PressLeft(const Hit& hit, const QPoint& position, Qt::KeyboardModifiers modifiers);
+  void StartDrag(Drag drag, const Hit& hit, Qt::KeyboardModifiers modifiers);
+  void DragTo(const QPoint& position);
+  void MarkTo(const QPoint& position);
+  void ScrollOnByDrag();
+  void StartResize(Drag drag, int index, int from, int size);
+  void ResizeTo(const QPoint& position);
+  void EndColumnResize();
+  void EndRowResize();
+  void FitColumn(int column);
+
+  // keys
+  void BringBackToEdit(QKeyEvent* event);
+  bool MoveByKey(const QKeyEvent& event);
+  bool ActByKey(const QKeyEvent& event);
+  bool TypeIntoCell(const QKeyEvent& event);
+  void MoveTo(int row, int column, bool extend);
+  void MoveWithin(bool down, bool backwards);
+  void MoveOn(bool down, bool backwards);
+  void MoveByPage(int row, int column, int by, bool extend);
+  int BlockEdge(int from, int line, int by, bool rows) const;
+  int LastFilled(int row) const;
+  void WidenMarks(bool toColumns, bool toRows);
 
   // editing
   bool StartEdit(const QString* text, bool caretMoves, bool inLine);
@@ -239,13 +284,17 @@ class GridView : public QAbstractScrollArea {
   void ShowActiveCell();
   void PlaceEditor();
   bool EditorKey(QLineEdit* line, QKeyEvent* event);
+  bool HeadingEditorEvent(QEvent* event);
   bool Refuse(const QString& reason);
   bool ReadyToChange();
   bool CanChange();  // the sheet is not locked, or that is told
+  std::optional<std::vector<CellRange>> PasteTargets(qint64 rows, qint64 columns);
   bool PasteFrom(const QString& text, const PasteRules& rules, std::vector<CellRange>* pasted = nullptr);
   void FinishHeading(bool take);
 
   void OnChange(const WorkbookChange& change);
+  void ShowChange(const WorkbookChange& change);
+  void ShowChangedCells(const CellRange& range);
   void ScheduleUpkeep();
   void Upkeep();
 

@@ -12,6 +12,7 @@
 #include <optional>
 
 #include "desktop/DocumentWindows.h"
+#include "desktop/GridRanges.h"
 #include "desktop/GridView.h"
 #include "desktop/MainWindow.h"
 #include "desktop/SheetForms.h"
@@ -277,8 +278,8 @@ void ShowSheetMenu(MainWindow& main, WorksheetForm& form, const QPoint& globalPo
   GridView* grid = form.View().Grid();
   const Workbook& book = form.Book();
   const CellRange range = book.GetSelection(book.SelectionCount() - 1);
-  const bool wholeColumns = range.firstRow == 1 && range.lastRow == GridStore::MaxRows;
-  const bool wholeRows = range.firstColumn == 1 && range.lastColumn == GridStore::MaxColumns;
+  const bool wholeColumns = IsWholeColumns(range);
+  const bool wholeRows = IsWholeRows(range);
   auto* menu = new QMenu(&form);
   menu->setObjectName("SheetMenu");
   menu->setAttribute(Qt::WA_DeleteOnClose);
