@@ -115,6 +115,8 @@ class DataSelection {
   bool Batch = false;             // state of the batch box
 
  private:
+  static constexpr const char* SelectionTitle = "Worksheet Data Selection";
+
   // A selected identifier: one code a row.
   struct Identifier {
     ColumnDescriptor info;
