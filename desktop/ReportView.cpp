@@ -1,154 +1,34 @@
 #include "desktop/ReportView.h"
 
 #include <QAbstractTextDocumentLayout>
-#include <QBuffer>
 #include <QContextMenuEvent>
-#include <QImage>
 #include <QKeyEvent>
 #include <QMenu>
-#include <QMimeData>
 #include <QPageSetupDialog>
 #include <QPrintDialog>
 #include <QPrintPreviewDialog>
 #include <QPrinter>
-#include <QRegularExpression>
 #include <QScrollBar>
 #include <QTextBlock>
-#include <QTextTable>
 #include <QWheelEvent>
 #include <algorithm>
 #include <cmath>
+#include <initializer_list>
 #include <limits>
 
-#include "desktop/PictureImages.h"
 #include "desktop/ReportFindBar.h"
 #include "graphics/ImageExport.h"
-#include "report/RtfPicture.h"
 
 namespace tellurix {
 
 namespace {
 
-constexpr int IndentStep = 720;  // twips
-constexpr int ListIndent = 360;
 constexpr double MinZoom = 0.2;
 constexpr double MaxZoom = 5;
 
-const QStringList& RtfTypes() {
-  static const QStringList types{QStringLiteral("text/rtf"), QStringLiteral("application/rtf"),
-                                 QStringLiteral("text/richtext")};
-  return types;
+bool Matches(const QKeyEvent& event, std::initializer_list<QKeySequence::StandardKey> keys) {
+  return std::any_of(keys.begin(), keys.end(), [&](auto key) { return event.matches(key); });
 }
-
-std::string_view WithoutTrailingBlanks(std::string_view bytes) {
-  const auto end = bytes.find_last_not_of(std::string_view(" \r\n\t\0", 5));
-  return end == std::string_view::npos ? std::string_view() : bytes.substr(0, end + 1);
-}
-
-// Whether the last paragraph of a rich text has its mark, so that what follows stands in a paragraph of its own.
-bool EndsInParagraphMark(std::string_view rtf) {
-  rtf = WithoutTrailingBlanks(rtf);
-  while (rtf.ends_with('}')) rtf = WithoutTrailingBlanks(rtf.substr(0, rtf.size() - 1));
-  if (!rtf.ends_with("\\par")) return false;
-  // After another backslash it is a backslash that is text.
-  rtf.remove_suffix(3);
-  const auto text = rtf.find_last_not_of('\\');
-  return (rtf.size() - (text == std::string_view::npos ? 0 : text + 1)) % 2 == 1;
-}
-
-// Rich text whose last paragraph has a mark only if asked for.
-std::string SelectionRtf(const RichText& text, bool endsInMark) {
-  std::string rtf = WriteRtf(text);
-  constexpr std::string_view mark = "\\par\n}";
-  if (!endsInMark && rtf.ends_with(mark)) rtf.replace(rtf.size() - mark.size(), mark.size(), "}");
-  return rtf;
-}
-
-// HTML of unknown origin; nothing is fetched for it.
-class ForeignDocument : public QTextDocument {
- protected:
-  QVariant loadResource(int, const QUrl&) override { return {}; }
-};
-
-RichText FromHtml(const QString& html) {
-  ForeignDocument document;
-  document.setHtml(html);
-  return ToRichText(document);
-}
-
-// Empty when it cannot be written.
-QByteArray PngOf(const QImage& image) {
-  QByteArray bytes;
-  QBuffer buffer(&bytes);
-  buffer.open(QIODevice::WriteOnly);
-  return !image.isNull() && image.save(&buffer, "PNG") ? bytes : QByteArray();
-}
-
-std::shared_ptr<const PictureGroup> FromImage(const QImage& image) {
-  const QByteArray bytes = PngOf(image);
-  if (bytes.isEmpty()) return nullptr;
-  PictureGroup picture;
-  picture.kind = "pngblip";
-  picture.bytes = bytes.toStdString();
-  picture.width = image.width();
-  picture.height = image.height();
-  picture.goalWidth = image.width() * 15;  // pixels of 1/96 inch
-  picture.goalHeight = image.height() * 15;
-  return std::make_shared<const PictureGroup>(std::move(picture));
-}
-
-// A picture as HTML within the page; a placeholder for one that cannot be drawn.
-std::string ImageMarkup(const PictureGroup& picture) {
-  const bool isJpeg = picture.kind == "jpegblip";
-  QByteArray bytes = QByteArray::fromStdString(picture.bytes);
-  if (!isJpeg && picture.kind != "pngblip") {
-    bytes = PngOf(ImageForOthers(picture));
-    if (bytes.isEmpty()) return {};
-  }
-  const auto [width, height] = PictureSize(picture);
-  return "<img width=\"" + std::to_string(width / 15) + "\" height=\"" + std::to_string(height / 15) +
-         "\" src=\"data:image/" + (isJpeg ? "jpeg" : "png") + ";base64," + bytes.toBase64().toStdString() + "\">";
-}
-
-// A selection on its way to another program, written in the format that is asked for.
-class SelectionData : public QMimeData {
- public:
-  SelectionData(RichText text, bool endsInMark) : text_(std::move(text)), endsInMark_(endsInMark) {}
-
-  QStringList formats() const override {
-    QStringList all = RtfTypes();
-    all << QStringLiteral("text/html") << QStringLiteral("text/plain");
-    if (OnlyPicture() != nullptr) all << QStringLiteral("application/x-qt-image");
-    return all;
-  }
-  bool hasFormat(const QString& type) const override { return formats().contains(type); }
-
- protected:
-  QVariant retrieveData(const QString& type, QMetaType) const override {
-    if (RtfTypes().contains(type)) return QByteArray::fromStdString(SelectionRtf(text_, endsInMark_));
-    if (type == QLatin1String("text/html")) return QString::fromStdString(WriteHtml(text_, "", ImageMarkup));
-    if (type == QLatin1String("text/plain")) return ToPlainText(text_, endsInMark_);
-    if (const PictureGroup* picture = OnlyPicture();
-        picture != nullptr && type.startsWith(QLatin1String("application")))
-      return ImageForOthers(*picture);
-    return {};
-  }
-
- private:
-  // The picture, where the selection is nothing but one that other programs know.
-  const PictureGroup* OnlyPicture() const {
-    if (text_.blocks.size() != 1) return nullptr;
-    const auto* paragraph = std::get_if<Paragraph>(&text_.blocks.front());
-    if (paragraph == nullptr || paragraph->runs.size() != 1) return nullptr;
-    const PictureGroup* picture = paragraph->runs.front().picture.get();
-    const bool known = picture != nullptr && (picture->kind == "pngblip" || picture->kind == "jpegblip" ||
-                                              picture->kind.starts_with("wmetafile"));
-    return known ? picture : nullptr;
-  }
-
-  RichText text_;
-  bool endsInMark_;
-};
 
 }  // namespace
 
@@ -380,70 +260,92 @@ void ReportView::PutCaretBehindHiddenText() {
 }
 
 void ReportView::keyPressEvent(QKeyEvent* event) {
-  if (event->modifiers().testFlag(Qt::ControlModifier)) {
-    if (event->key() == Qt::Key_Plus || event->key() == Qt::Key_Equal) return ZoomIn();
-    if (event->key() == Qt::Key_Minus) return ZoomOut();
-    if (event->key() == Qt::Key_0) return ZoomReset();
+  if (ZoomByKey(*event) || GoBehindHiddenText(event) || DeleteByKey(*event)) return;
+  QTextEdit::keyPressEvent(event);
+}
+
+bool ReportView::ZoomByKey(const QKeyEvent& event) {
+  if (!event.modifiers().testFlag(Qt::ControlModifier)) return false;
+  switch (event.key()) {
+    case Qt::Key_Plus:
+    case Qt::Key_Equal:
+      ZoomIn();
+      return true;
+    case Qt::Key_Minus:
+      ZoomOut();
+      return true;
+    case Qt::Key_0:
+      ZoomReset();
+      return true;
+    default:
+      return false;
   }
-  const auto matches = [&](std::initializer_list<QKeySequence::StandardKey> keys) {
-    return std::any_of(keys.begin(), keys.end(), [&](auto key) { return event->matches(key); });
-  };
+}
+
+// Whether the key goes or erases to the left from behind hidden text: it acts on what stands before that.
+bool ReportView::GoBehindHiddenText(QKeyEvent* event) {
   QTextCursor cursor = textCursor();
   const bool erasing = event->key() == Qt::Key_Backspace && !isReadOnly() && !cursor.hasSelection();
-  const bool goingLeft = matches({QKeySequence::MoveToPreviousChar, QKeySequence::SelectPreviousChar,
-                                  QKeySequence::MoveToPreviousWord, QKeySequence::SelectPreviousWord});
-  if (erasing || goingLeft) {
-    const int before = BeforeHiddenText(cursor.position());
-    if (before != cursor.position()) {
-      if (before == 0) return;  // nothing stands further left
-      movingCaret_ = true;
-      const bool keeps = cursor.hasSelection() || event->modifiers().testFlag(Qt::ShiftModifier);
-      cursor.setPosition(before, keeps && !erasing ? QTextCursor::KeepAnchor : QTextCursor::MoveAnchor);
-      setTextCursor(cursor);
-      movingCaret_ = false;
-      if (erasing && event->modifiers() == Qt::NoModifier) {
-        cursor.deletePreviousChar();
-        setTextCursor(cursor);
-      } else {
-        QTextEdit::keyPressEvent(event);
-      }
-      PutCaretBehindHiddenText();
-      return;
-    }
+  if (!erasing && !Matches(*event, {QKeySequence::MoveToPreviousChar, QKeySequence::SelectPreviousChar,
+                                    QKeySequence::MoveToPreviousWord, QKeySequence::SelectPreviousWord})) {
+    return false;
   }
-  // At the start of an indented paragraph the base class would take away the indent, bit by bit.
+  const int before = BeforeHiddenText(cursor.position());
+  if (before == cursor.position()) return false;
+  if (before == 0) return true;  // nothing stands further left
+  movingCaret_ = true;
+  const bool keeps = cursor.hasSelection() || event->modifiers().testFlag(Qt::ShiftModifier);
+  cursor.setPosition(before, keeps && !erasing ? QTextCursor::KeepAnchor : QTextCursor::MoveAnchor);
+  setTextCursor(cursor);
+  movingCaret_ = false;
   if (erasing && event->modifiers() == Qt::NoModifier) {
     cursor.deletePreviousChar();
     setTextCursor(cursor);
-    return;
+  } else {
+    QTextEdit::keyPressEvent(event);
   }
-  if (matches({QKeySequence::DeleteEndOfWord, QKeySequence::DeleteEndOfLine, QKeySequence::DeleteStartOfWord}) &&
-      !isReadOnly() && !cursor.hasSelection()) {
-    const int from = cursor.position();
-    if (event->matches(QKeySequence::DeleteStartOfWord)) {
-      cursor.movePosition(QTextCursor::PreviousWord, QTextCursor::KeepAnchor);
-      for (int k = from - 1; k >= cursor.position(); --k) {
-        if (IsHiddenObject(*document(), k)) {
-          cursor.setPosition(k + 1, QTextCursor::KeepAnchor);
-          break;
-        }
-      }
-    } else {
-      cursor.movePosition(
-          event->matches(QKeySequence::DeleteEndOfWord) ? QTextCursor::NextWord : QTextCursor::EndOfLine,
-          QTextCursor::KeepAnchor);
-      for (int k = from; k < cursor.position(); ++k) {
-        if (IsHiddenObject(*document(), k)) {
-          cursor.setPosition(k, QTextCursor::KeepAnchor);
-          break;
-        }
-      }
-    }
+  PutCaretBehindHiddenText();
+  return true;
+}
+
+// Whether the key deletes where nothing is selected in a way that the base class would not do right.
+bool ReportView::DeleteByKey(const QKeyEvent& event) {
+  QTextCursor cursor = textCursor();
+  if (isReadOnly() || cursor.hasSelection()) return false;
+  if (event.key() == Qt::Key_Backspace && event.modifiers() == Qt::NoModifier) {
+    // At the start of an indented paragraph the base class would take away the indent, bit by bit.
+    cursor.deletePreviousChar();
+  } else if (event.matches(QKeySequence::DeleteStartOfWord)) {
+    SelectUpToHiddenText(cursor, QTextCursor::PreviousWord);
     cursor.removeSelectedText();
-    setTextCursor(cursor);
+  } else if (event.matches(QKeySequence::DeleteEndOfWord)) {
+    SelectUpToHiddenText(cursor, QTextCursor::NextWord);
+    cursor.removeSelectedText();
+  } else if (event.matches(QKeySequence::DeleteEndOfLine)) {
+    SelectUpToHiddenText(cursor, QTextCursor::EndOfLine);
+    cursor.removeSelectedText();
+  } else {
+    return false;
+  }
+  setTextCursor(cursor);
+  return true;
+}
+
+// Selects from the caret as far as the movement goes, but no hidden text.
+void ReportView::SelectUpToHiddenText(QTextCursor& cursor, QTextCursor::MoveOperation movement) const {
+  const int from = cursor.position();
+  cursor.movePosition(movement, QTextCursor::KeepAnchor);
+  const int to = cursor.position();
+  for (int k = from; k < to; ++k) {
+    if (!IsHiddenObject(*document(), k)) continue;
+    cursor.setPosition(k, QTextCursor::KeepAnchor);
     return;
   }
-  QTextEdit::keyPressEvent(event);
+  for (int k = from - 1; k >= to; --k) {
+    if (!IsHiddenObject(*document(), k)) continue;
+    cursor.setPosition(k + 1, QTextCursor::KeepAnchor);
+    return;
+  }
 }
 
 // Zoom
@@ -476,257 +378,6 @@ void ReportView::wheelEvent(QWheelEvent* event) {
   if (event->angleDelta().y() > 0) ZoomIn();
   if (event->angleDelta().y() < 0) ZoomOut();
   event->accept();
-}
-
-// Clipboard
-
-QMimeData* ReportView::createMimeDataFromSelection() const {
-  bool endsInMark = false;
-  RichText text = SelectedRichText(textCursor(), endsInMark);
-  return new SelectionData(std::move(text), endsInMark);
-}
-
-namespace {
-
-struct PastedText {
-  RichText text;
-  bool endsInMark = false;
-};
-
-// What was cut short is better read as plain words, if there are any: then nothing.
-std::optional<PastedText> PastedRtf(const QMimeData& source) {
-  for (const QString& type : RtfTypes()) {
-    if (!source.hasFormat(type)) continue;
-    const std::string bytes = source.data(type).toStdString();
-    const bool whole = WithoutTrailingBlanks(bytes).ends_with('}');
-    auto text = ReadRtf(bytes);
-    if (!text || text->blocks.empty()) continue;
-    const bool isPoor = !whole || (text->IsEmpty() && !source.text().trimmed().isEmpty());
-    if (source.hasText() && isPoor) return std::nullopt;
-    return PastedText{std::move(*text), EndsInParagraphMark(bytes)};
-  }
-  return std::nullopt;
-}
-
-std::optional<PastedText> PastedHtml(const QMimeData& source) {
-  if (!source.hasHtml()) return std::nullopt;
-  PastedText pasted{FromHtml(source.html())};
-  if (pasted.text.IsEmpty()) return std::nullopt;
-  return pasted;
-}
-
-std::optional<PastedText> PastedPicture(const QMimeData& source) {
-  auto picture = source.hasImage() ? FromImage(qvariant_cast<QImage>(source.imageData())) : nullptr;
-  if (!picture) return std::nullopt;
-  PastedText pasted;
-  pasted.text.blocks.emplace_back(Paragraph{{Run{"", {}, std::move(picture)}}, {}});
-  return pasted;
-}
-
-QString PastedWords(const QMimeData& source) {
-  QString plain = source.text();
-  for (const char16_t mark : {char16_t(QChar::ObjectReplacementCharacter), u'\uFDD0', u'\uFDD1', u'\0'}) {
-    plain.remove(QChar(mark));
-  }
-  return plain;
-}
-
-}  // namespace
-
-bool ReportView::canInsertFromMimeData(const QMimeData* source) const {
-  const auto has = [&](const QString& type) { return source->hasFormat(type); };
-  return std::any_of(RtfTypes().begin(), RtfTypes().end(), has) || source->hasHtml() || source->hasText() ||
-         source->hasImage();
-}
-
-std::vector<PasteForm> ReportView::PasteForms(const QMimeData& source) {
-  std::vector<PasteForm> forms;
-  if (PastedRtf(source)) forms.push_back(PasteForm::RichText);
-  if (PastedHtml(source)) forms.push_back(PasteForm::Html);
-  if (PastedPicture(source)) forms.push_back(PasteForm::Picture);
-  if (source.hasText()) forms.push_back(PasteForm::PlainText);
-  return forms;
-}
-
-bool ReportView::PasteAs(PasteForm form, const QMimeData& source) {
-  if (isReadOnly()) return false;
-  QTextCursor cursor = textCursor();
-  if (form == PasteForm::PlainText) {
-    if (!source.hasText()) return false;
-    cursor.insertText(PastedWords(source));
-  } else {
-    const auto pasted = form == PasteForm::RichText ? PastedRtf(source)
-                        : form == PasteForm::Html   ? PastedHtml(source)
-                                                    : PastedPicture(source);
-    if (!pasted) return false;
-    InsertRichText(cursor, pasted->text, pasted->endsInMark);
-  }
-  setTextCursor(cursor);
-  ensureCursorVisible();
-  return true;
-}
-
-void ReportView::insertFromMimeData(const QMimeData* source) {
-  for (const PasteForm form : {PasteForm::RichText, PasteForm::Html, PasteForm::Picture, PasteForm::PlainText}) {
-    if (PasteAs(form, *source)) return;
-  }
-}
-
-// Formats
-
-void ReportView::MergeCharFormat(const QTextCharFormat& format) {
-  if (!isReadOnly()) mergeCurrentCharFormat(format);
-}
-
-void ReportView::SetFamily(const QString& family) {
-  QTextCharFormat format;
-  format.setFontFamilies({family});
-  MergeCharFormat(format);
-}
-
-void ReportView::SetPointSize(double points) {
-  QTextCharFormat format;
-  format.setFontPointSize(std::clamp(std::round(2 * points) / 2, 1.0, 1638.0));
-  MergeCharFormat(format);
-}
-
-void ReportView::SetBold(bool on) {
-  QTextCharFormat format;
-  format.setFontWeight(on ? QFont::Bold : QFont::Normal);
-  MergeCharFormat(format);
-}
-
-void ReportView::SetItalic(bool on) {
-  QTextCharFormat format;
-  format.setFontItalic(on);
-  MergeCharFormat(format);
-}
-
-void ReportView::SetUnderline(bool on) {
-  QTextCharFormat format;
-  format.setFontUnderline(on);
-  MergeCharFormat(format);
-}
-
-void ReportView::SetStrike(bool on) {
-  QTextCharFormat format;
-  format.setFontStrikeOut(on);
-  MergeCharFormat(format);
-}
-
-void ReportView::SetSubscript(bool on) {
-  QTextCharFormat format;
-  format.setVerticalAlignment(on ? QTextCharFormat::AlignSubScript : QTextCharFormat::AlignNormal);
-  MergeCharFormat(format);
-}
-
-void ReportView::SetSuperscript(bool on) {
-  QTextCharFormat format;
-  format.setVerticalAlignment(on ? QTextCharFormat::AlignSuperScript : QTextCharFormat::AlignNormal);
-  MergeCharFormat(format);
-}
-
-void ReportView::SetColour(const QColor& colour) {
-  QTextCharFormat format;
-  format.setForeground(colour);
-  MergeCharFormat(format);
-}
-
-void ReportView::SetParagraphAlignment(Alignment alignment) {
-  if (isReadOnly()) return;
-  static constexpr Qt::AlignmentFlag flags[] = {Qt::AlignLeft, Qt::AlignHCenter, Qt::AlignRight, Qt::AlignJustify};
-  QTextBlockFormat format;
-  format.setAlignment(flags[static_cast<int>(alignment)]);
-  QTextCursor cursor = textCursor();
-  cursor.mergeBlockFormat(format);
-}
-
-std::vector<QTextBlock> ReportView::SelectedBlocks() const {
-  std::vector<QTextBlock> blocks;
-  const QTextCursor cursor = textCursor();
-  const int end = cursor.selectionEnd();
-  for (QTextBlock block = document()->findBlock(cursor.selectionStart()); block.isValid() && block.position() <= end;
-       block = block.next()) {
-    // The paragraph behind a mark that is selected is not meant.
-    if (!blocks.empty() && block.position() == end) break;
-    blocks.push_back(block);
-  }
-  return blocks;
-}
-
-void ReportView::ToggleBullets() { ToggleList(false); }
-void ReportView::ToggleNumbers() { ToggleList(true); }
-
-void ReportView::ToggleList(bool numbers) {
-  if (isReadOnly()) return;
-  static const QRegularExpression anyMark(QStringLiteral("^\uFFFC*((?:•|\\d+\\.)\\t)"));
-  static const QRegularExpression number(QStringLiteral("^\uFFFC*\\d+\\."));
-  const std::vector<QTextBlock> blocks = SelectedBlocks();
-  const auto isList = [](const QTextBlock& block) {
-    return block.blockFormat().textIndent() < 0 && anyMark.match(block.text()).hasMatch();
-  };
-  const bool off = std::all_of(blocks.begin(), blocks.end(), [&](const QTextBlock& block) {
-    return isList(block) && number.match(block.text()).hasMatch() == numbers;
-  });
-  QTextCursor step = textCursor();
-  step.beginEditBlock();
-  int count = 0;
-  for (const QTextBlock& block : blocks) {
-    QTextCursor cursor(block);
-    ParagraphFormat format = ToParagraphFormat(block);
-    if (isList(block)) {
-      const QRegularExpressionMatch mark = anyMark.match(block.text());
-      cursor.setPosition(block.position() + static_cast<int>(mark.capturedStart(1)));
-      cursor.setPosition(block.position() + static_cast<int>(mark.capturedEnd(1)), QTextCursor::KeepAnchor);
-      cursor.removeSelectedText();
-      format.leftIndent = std::max(format.leftIndent - ListIndent, 0);
-      format.firstIndent = 0;
-      format.tabs.clear();
-    }
-    if (!off) {
-      cursor.setPosition(BehindHiddenText(block.position()));
-      QTextCursor next(cursor);
-      if (!next.atBlockEnd()) next.movePosition(QTextCursor::NextCharacter);
-      QTextCharFormat looks = next.charFormat();
-      if (looks.objectType() != QTextFormat::NoObject) looks = ToQtFormat(CharFormat{});
-      cursor.insertText(numbers ? QStringLiteral("%1.\t").arg(++count) : QStringLiteral("•\t"), looks);
-      format.leftIndent += ListIndent;
-      format.firstIndent = -ListIndent;
-      format.tabs.assign(1, TabStop{format.leftIndent});
-    }
-    cursor.setBlockFormat(ToQtFormat(format));
-  }
-  step.endEditBlock();
-}
-
-void ReportView::IndentMore() { Indent(1); }
-void ReportView::IndentLess() { Indent(-1); }
-
-void ReportView::Indent(int steps) {
-  if (isReadOnly()) return;
-  QTextCursor step = textCursor();
-  step.beginEditBlock();
-  for (const QTextBlock& block : SelectedBlocks()) {
-    ParagraphFormat format = ToParagraphFormat(block);
-    const int indent = std::max({0, -format.firstIndent, format.leftIndent + steps * IndentStep});
-    // The tab behind a list's mark goes along.
-    for (TabStop& tab : format.tabs) {
-      if (format.firstIndent < 0 && tab.position == format.leftIndent) tab.position = indent;
-    }
-    format.leftIndent = indent;
-    QTextCursor(block).setBlockFormat(ToQtFormat(format));
-  }
-  step.endEditBlock();
-}
-
-std::vector<TabStop> ReportView::TabStops() const { return ToParagraph(textCursor().block(), 0).format.tabs; }
-
-void ReportView::SetTabStops(const std::vector<TabStop>& tabs) {
-  if (isReadOnly()) return;
-  QTextBlockFormat format;
-  format.setTabPositions(ToQtTabs(tabs));
-  QTextCursor cursor = textCursor();
-  cursor.mergeBlockFormat(format);
 }
 
 // Find

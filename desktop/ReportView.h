@@ -132,6 +132,10 @@ class ReportView : public QTextEdit {
   void PutCaretBehindHiddenText();
   int BeforeHiddenText(int position) const;
   int BehindHiddenText(int position) const;
+  bool ZoomByKey(const QKeyEvent& event);
+  bool GoBehindHiddenText(QKeyEvent* event);
+  bool DeleteByKey(const QKeyEvent& event);
+  void SelectUpToHiddenText(QTextCursor& cursor, QTextCursor::MoveOperation movement) const;
   void ScrollToTop(int position);
   void PlaceFindBar();
   std::vector<QTextBlock> SelectedBlocks() const;
