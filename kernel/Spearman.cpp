@@ -41,7 +41,8 @@ f64 SpearmanSeries(f64 n, f64 T) {
   if (T > (n * n - 1) * n / 3) return 0;
   T = 2 * std::ceil(T / 2);
   const f64 b = 1 / n;
-  const f64 x = (6 * (T - 1) * b / (n * n - 1) - 1) * std::sqrt(n - 1);
+  const f64 most = n * (n * n - 1);
+  const f64 x = (6 * (T - 1) - most) / most * std::sqrt(n - 1);  // whole numbers: no digit lost in the middle
   const f64 y = x * x;
   const f64 u = x * b *
                 (0.2274 + b * (0.2531 + 0.1745 * b) +
