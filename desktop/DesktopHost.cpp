@@ -12,6 +12,7 @@
 
 #include "desktop/FormDialog.h"
 #include "desktop/ProgressDialog.h"
+#include "desktop/QtText.h"
 #include "desktop/SelectionBar.h"
 #include "desktop/WindowPlace.h"
 #include "host/Form.h"
@@ -23,8 +24,6 @@ namespace tellurix {
 namespace {
 
 constexpr const char* ApplicationTitle = "Tellurix";
-
-QString Q(std::string_view text) { return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())); }
 
 QMessageBox::StandardButtons ButtonsOf(const Message& message) {
   QMessageBox::StandardButtons buttons;
@@ -53,7 +52,7 @@ QMessageBox::Icon IconOf(const Message& message) {
 }
 
 QString FilterOf(const QString& caption, const std::string& patterns) {
-  return QString("%1 (%2)").arg(caption, Q(ReplaceAll(patterns, ";", " ")));
+  return QString("%1 (%2)").arg(caption, FromUtf8(ReplaceAll(patterns, ";", " ")));
 }
 
 // "Caption|*.a;*.b|Caption|*.c" as the file dialog takes it, which shows the captions and keeps the patterns to itself.
@@ -61,7 +60,7 @@ QStringList FiltersOf(const std::string& filter) {
   const auto parts = Split(filter, '|');
   QStringList filters;
   for (std::size_t i = 0; i + 1 < parts.size(); i += 2) {
-    filters << FilterOf(Q(parts[i]), parts[i + 1]);
+    filters << FilterOf(FromUtf8(parts[i]), parts[i + 1]);
   }
   return filters;
 }
@@ -116,8 +115,8 @@ QWidget* DesktopHost::Front() const {
 Reply DesktopHost::ShowMessage(const Message& message) {
   HideProgress();
   QMessageBox box(Front());
-  box.setWindowTitle(message.title.empty() ? ApplicationTitle : Q(message.title));
-  box.setText(Q(message.text));
+  box.setWindowTitle(message.title.empty() ? ApplicationTitle : FromUtf8(message.title));
+  box.setText(FromUtf8(message.text));
   box.setTextFormat(Qt::PlainText);
   box.setIcon(IconOf(message));
   box.setStandardButtons(ButtonsOf(message));
@@ -197,7 +196,7 @@ std::optional<FileChoice> DesktopHost::ChooseFile(const FileRequest& request) {
   const bool hasPattern = !request.pattern.empty();  // all the files that are meant come first
   if (hasPattern) filters.prepend(FilterOf("All these files", request.pattern));
   HideProgress();
-  QFileDialog dialog(Front(), Q(request.title), Q(request.suggestedName));
+  QFileDialog dialog(Front(), FromUtf8(request.title), FromUtf8(request.suggestedName));
   dialog.setOption(QFileDialog::HideNameFilterDetails);
   dialog.setNameFilters(filters);
   if (request.filterIndex > 0 && request.filterIndex < filters.size()) {
@@ -205,9 +204,9 @@ std::optional<FileChoice> DesktopHost::ChooseFile(const FileRequest& request) {
   }
   dialog.setAcceptMode(request.save ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
   dialog.setFileMode(QFileDialog::AnyFile);  // what is not there is told of in our own words
-  dialog.setDefaultSuffix(Q(request.defaultExtension));
+  dialog.setDefaultSuffix(FromUtf8(request.defaultExtension));
   if (dataFolder && !std::filesystem::path(request.suggestedName).is_absolute()) {
-    dialog.setDirectory(Q(dataFolder().string()));
+    dialog.setDirectory(FromUtf8(dataFolder().string()));
   }
   // A name without an extension gets that of the filter.
   const auto takeSuffix = [&] {
@@ -216,7 +215,7 @@ std::optional<FileChoice> DesktopHost::ChooseFile(const FileRequest& request) {
   };
   if (request.save) takeSuffix();
   if (request.save) QObject::connect(&dialog, &QFileDialog::filterSelected, &dialog, takeSuffix);
-  if (!request.suggestedName.empty()) dialog.selectFile(Q(request.suggestedName));
+  if (!request.suggestedName.empty()) dialog.selectFile(FromUtf8(request.suggestedName));
   if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return std::nullopt;
   const auto filter = static_cast<int>(filters.indexOf(dialog.selectedNameFilter())) - (hasPattern ? 1 : 0);
   return FileChoice{dialog.selectedFiles().front().toStdString(), filter};
@@ -239,12 +238,12 @@ void DesktopHost::SetBusy(bool busy) {
 
 void DesktopHost::Beep() { QApplication::beep(); }
 
-void DesktopHost::SetClipboard(std::string_view text) { QApplication::clipboard()->setText(Q(text)); }
+void DesktopHost::SetClipboard(std::string_view text) { QApplication::clipboard()->setText(FromUtf8(text)); }
 
 std::string DesktopHost::Clipboard() { return QApplication::clipboard()->text().toStdString(); }
 
 bool DesktopHost::RunProgram(std::string_view commandLine) {
-  QStringList words = QProcess::splitCommand(Q(commandLine));
+  QStringList words = QProcess::splitCommand(FromUtf8(commandLine));
   if (words.isEmpty()) return false;
   const QString program = words.takeFirst();
   return QProcess::startDetached(program, words);

@@ -25,6 +25,7 @@
 #include <map>
 #include <set>
 
+#include "desktop/QtText.h"
 #include "desktop/WindowPlace.h"
 #include "numeric/Text.h"
 #include "report/RichText.h"
@@ -34,8 +35,6 @@ namespace tellurix {
 namespace {
 
 constexpr int ScreenMargin = 7;  // pixels kept free at the right and lower edges
-
-QString Q(const std::string& text) { return QString::fromStdString(text); }
 
 bool IsWide(ControlKind kind) {
   return kind == ControlKind::List || kind == ControlKind::Grid || kind == ControlKind::RichText ||
@@ -114,7 +113,7 @@ bool HasFramesInRow(const Form& form) {
 
 FormDialog::FormDialog(Form& form, QWidget* owner, std::function<void(int)> showHelp)
     : QDialog(owner), form_(form), showHelp_(std::move(showHelp)) {
-  setWindowTitle(Q(form_.title));
+  setWindowTitle(FromUtf8(form_.title));
   setWindowFlag(Qt::WindowContextHelpButtonHint, false);
   Build();
   setMinimumWidth(WidthForTitle(*this));
@@ -140,7 +139,7 @@ void FormDialog::Build() {
     auto& layout = groups[control.group];
     if (!layout) {
       if (frames != outer && frames->isEmpty()) outer->addLayout(frames);
-      auto* box = new QGroupBox(Q(control.group), this);
+      auto* box = new QGroupBox(FromUtf8(control.group), this);
       layout = new QVBoxLayout(box);
       frames->addWidget(box, 0, frames == outer ? Qt::Alignment() : Qt::AlignTop);
     }
@@ -148,7 +147,7 @@ void FormDialog::Build() {
   };
   for (const Control& control : form_.Controls()) {
     QWidget* widget = MakeWidget(control);
-    widget->setObjectName(Q(control.id));
+    widget->setObjectName(FromUtf8(control.id));
     Shown shown{control.id, IsPlainEntry(control) ? ControlKind::Text : control.kind, widget, nullptr};
     const bool labelled = control.kind == ControlKind::Text || control.kind == ControlKind::Combo ||
                           control.kind == ControlKind::Slider || control.kind == ControlKind::Colour;
@@ -175,7 +174,7 @@ void FormDialog::Build() {
         rows = new QFormLayout;
         outer->addLayout(rows);
       }
-      auto* label = new QLabel(Q(control.caption), this);
+      auto* label = new QLabel(FromUtf8(control.caption), this);
       label->setBuddy(widget);
       rows->addRow(label, widget);
       shown.label = label;
@@ -183,7 +182,7 @@ void FormDialog::Build() {
       rows = nullptr;
       QVBoxLayout* layout = layoutFor(control);
       if (!control.caption.empty() && (labelled || IsWide(control.kind))) {
-        auto* label = new QLabel(Q(control.caption), this);
+        auto* label = new QLabel(FromUtf8(control.caption), this);
         label->setBuddy(widget);
         layout->addWidget(label);
         shown.label = label;
@@ -230,7 +229,7 @@ QWidget* FormDialog::MakeWidget(const Control& control) {
       return combo;
     }
     case ControlKind::Check: {
-      auto* check = new QCheckBox(Q(control.caption), this);
+      auto* check = new QCheckBox(FromUtf8(control.caption), this);
       connect(check, &QCheckBox::toggled, this, [set](bool on) { set(on ? "on" : "off"); });
       return check;
     }
@@ -254,7 +253,7 @@ QWidget* FormDialog::MakeWidget(const Control& control) {
       return output;
     }
     case ControlKind::Button: {
-      auto* button = new QPushButton(Q(control.caption), this);
+      auto* button = new QPushButton(FromUtf8(control.caption), this);
       button->setAutoDefault(control.role != ButtonRole::Cancel);
       button->setDefault(control.role == ButtonRole::Default);
       button->setAutoRepeat(control.repeats);
@@ -281,7 +280,7 @@ QWidget* FormDialog::MakeEntry(const Control& control) {
 
 // The radios of one of the form's groups exclude one another, wherever they stand, and the arrow keys go through them.
 QWidget* FormDialog::MakeRadio(const Control& control) {
-  auto* radio = new QRadioButton(Q(control.caption), this);
+  auto* radio = new QRadioButton(FromUtf8(control.caption), this);
   QButtonGroup*& group = radios_[control.group];
   if (!group) group = new QButtonGroup(this);
   group->addButton(radio);
@@ -346,7 +345,7 @@ QWidget* FormDialog::WidgetOf(std::string_view id) const {
 
 void FormDialog::FormChanged(std::string_view id) {
   if (!id.empty()) return Refresh(id);
-  setWindowTitle(Q(form_.title));
+  setWindowTitle(FromUtf8(form_.title));
   if (form_.IsOpen()) FitToContents(*this);
   // Closed by its own logic, perhaps within one of its callbacks: the window goes when that has returned.
   if (!form_.IsOpen()) QTimer::singleShot(0, this, [this] { done(form_.Accepted() ? Accepted : Rejected); });
@@ -363,18 +362,18 @@ void FormDialog::RefreshControl(const Shown& shown, const Control& control) {
   refreshing_ = true;
   switch (shown.kind) {
     case ControlKind::Label:
-      static_cast<QLabel*>(shown.widget)->setText(Q(PlainCaption(control.caption)));
+      static_cast<QLabel*>(shown.widget)->setText(FromUtf8(PlainCaption(control.caption)));
       GrowToText(*this);
       break;
     case ControlKind::Text: {
       auto* edit = static_cast<QLineEdit*>(shown.widget);
-      if (edit->text() != Q(control.value)) edit->setText(Q(control.value));
+      if (edit->text() != FromUtf8(control.value)) edit->setText(FromUtf8(control.value));
       break;
     }
     case ControlKind::Combo: {
       auto* combo = static_cast<QComboBox*>(shown.widget);
       QStringList items;
-      for (const std::string& item : control.items) items << Q(item);
+      for (const std::string& item : control.items) items << FromUtf8(item);
       QStringList shownItems;
       for (int i = 0; i < combo->count(); ++i) shownItems << combo->itemText(i);
       if (items != shownItems) {
@@ -383,8 +382,8 @@ void FormDialog::RefreshControl(const Shown& shown, const Control& control) {
       }
       if (control.index >= 0) {
         combo->setCurrentIndex(control.index);
-      } else if (combo->isEditable() && combo->currentText() != Q(control.value)) {
-        combo->setEditText(Q(control.value));
+      } else if (combo->isEditable() && combo->currentText() != FromUtf8(control.value)) {
+        combo->setEditText(FromUtf8(control.value));
       }
       break;
     }
@@ -392,11 +391,11 @@ void FormDialog::RefreshControl(const Shown& shown, const Control& control) {
       auto* list = static_cast<QListWidget*>(shown.widget);
       bool same = list->count() == static_cast<int>(control.items.size());
       for (int i = 0; same && i < list->count(); ++i) {
-        same = list->item(i)->text() == Q(control.items[static_cast<std::size_t>(i)]);
+        same = list->item(i)->text() == FromUtf8(control.items[static_cast<std::size_t>(i)]);
       }
       if (!same) {
         list->clear();
-        for (const std::string& item : control.items) list->addItem(Q(item));
+        for (const std::string& item : control.items) list->addItem(FromUtf8(item));
       }
       list->setCurrentRow(control.index);
       break;
@@ -408,17 +407,18 @@ void FormDialog::RefreshControl(const Shown& shown, const Control& control) {
       static_cast<QRadioButton*>(shown.widget)->setChecked(control.checked);
       break;
     case ControlKind::Slider:
-      static_cast<QSlider*>(shown.widget)->setValue(Q(control.value).toInt());
+      static_cast<QSlider*>(shown.widget)->setValue(FromUtf8(control.value).toInt());
       break;
     case ControlKind::Colour:
-      shown.widget->setStyleSheet(QString("background-color: %1").arg(QColor(QRgb(Q(control.value).toUInt())).name()));
+      shown.widget->setStyleSheet(
+          QString("background-color: %1").arg(QColor(QRgb(FromUtf8(control.value).toUInt())).name()));
       break;
     case ControlKind::RichText: {
       auto* output = static_cast<QTextBrowser*>(shown.widget);
       if (const auto text = ReadRtf(control.value)) {
-        output->setHtml(Q(WriteHtml(*text, "")));
+        output->setHtml(FromUtf8(WriteHtml(*text, "")));
       } else {
-        output->setPlainText(Q(control.value));
+        output->setPlainText(FromUtf8(control.value));
       }
       output->moveCursor(QTextCursor::End);
       break;
@@ -430,12 +430,12 @@ void FormDialog::RefreshControl(const Shown& shown, const Control& control) {
       table->setRowCount(static_cast<int>(control.cells.size()));
       table->setColumnCount(columns);
       QStringList headings;
-      for (const std::string& item : control.items) headings << Q(item);
+      for (const std::string& item : control.items) headings << FromUtf8(item);
       if (!headings.isEmpty()) table->setHorizontalHeaderLabels(headings);
       for (int row = 0; row < table->rowCount(); ++row) {
         const auto& cells = control.cells[static_cast<std::size_t>(row)];
         for (int column = 0; column < static_cast<int>(cells.size()); ++column) {
-          const QString text = Q(cells[static_cast<std::size_t>(column)]);
+          const QString text = FromUtf8(cells[static_cast<std::size_t>(column)]);
           QTableWidgetItem* item = table->item(row, column);
           if (!item) table->setItem(row, column, item = new QTableWidgetItem);
           if (item->text() != text) item->setText(text);
@@ -444,12 +444,12 @@ void FormDialog::RefreshControl(const Shown& shown, const Control& control) {
       break;
     }
     case ControlKind::Button:
-      static_cast<QPushButton*>(shown.widget)->setText(Q(control.caption));
+      static_cast<QPushButton*>(shown.widget)->setText(FromUtf8(control.caption));
       break;
     case ControlKind::Picture:
       break;
   }
-  if (auto* label = qobject_cast<QLabel*>(shown.label)) label->setText(Q(control.caption));
+  if (auto* label = qobject_cast<QLabel*>(shown.label)) label->setText(FromUtf8(control.caption));
   for (QWidget* widget : {shown.widget, shown.label}) {
     if (!widget) continue;
     widget->setVisible(control.visible);

@@ -19,6 +19,7 @@
 #include "desktop/DocumentWindows.h"
 #include "desktop/HelpWindow.h"
 #include "desktop/Icons.h"
+#include "desktop/QtText.h"
 #include "desktop/ReportView.h"
 #include "desktop/SelectionBar.h"
 #include "desktop/UnsavedWork.h"
@@ -42,8 +43,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* SavingScript = "Save Script As";
-
-QString Q(std::string_view text) { return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())); }
 
 // The keys that people expect.
 const std::map<std::string, QKeySequence>& Shortcuts() {
@@ -76,14 +75,15 @@ MainWindow::MainWindow(Paths paths, const fs::path& settingsFile)
       status_(new QLabel(this)),
       host_(std::make_unique<DesktopHost>(
           *this, *bar_, [this](bool on) { SetCommandsEnabled(on); },
-          [this](std::string_view text) { SetStatus(Q(text)); }, [this](int topic) { ShowHelp(topic); }, settings_)),
+          [this](std::string_view text) { SetStatus(FromUtf8(text)); }, [this](int topic) { ShowHelp(topic); },
+          settings_)),
       recorder_(std::make_unique<Recorder>(*host_, documents_)),
       session_(*recorder_, documents_, settings_, std::move(paths)) {
   setObjectName("MD1");
   setWindowTitle("Tellurix");
   setWindowIcon(ThemeIcon("tellurix"));
   resize(1180, 760);
-  settings_.onProblem = [this](const std::string& problem) { statusBar()->showMessage(Q(problem)); };
+  settings_.onProblem = [this](const std::string& problem) { statusBar()->showMessage(FromUtf8(problem)); };
   host_->dataFolder = [this] { return session_.paths.data; };
   area_->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
   area_->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
@@ -207,9 +207,9 @@ void MainWindow::AddTools() {
     QAction* first = menu->actions().value(0);
     int number = 0;
     for (const Tool& tool : ConfiguredTools(session_)) {
-      auto* action = new QAction(Q(tool.caption), menu);
+      auto* action = new QAction(FromUtf8(tool.caption), menu);
       action->setObjectName(QString("M_Apps(%1)").arg(number++));
-      action->setStatusTip(Q(tool.commandLine));
+      action->setStatusTip(FromUtf8(tool.commandLine));
       connect(action, &QAction::triggered, this,
               [this, tool] { RunTool(session_, tool, [this] { RunEntry(*FindCommand("M_Apps(0)")); }); });
       menu->insertAction(first, action);
@@ -230,21 +230,23 @@ void MainWindow::AddEntry(const MenuEntry& entry, unsigned window) {
   for (std::size_t i = 0; i + 1 < captions.size(); ++i) {
     QMenu* menu = nullptr;
     for (QAction* action : at->actions()) {
-      if (action->menu() && action->text() == Q(captions[i])) menu = action->menu();
+      if (action->menu() && action->text() == FromUtf8(captions[i])) menu = action->menu();
     }
     if (!menu) {
-      menu = at == menuBar() ? menuBar()->addMenu(Q(captions[i])) : static_cast<QMenu*>(at)->addMenu(Q(captions[i]));
+      menu = at == menuBar() ? menuBar()->addMenu(FromUtf8(captions[i]))
+                             : static_cast<QMenu*>(at)->addMenu(FromUtf8(captions[i]));
       menu->setToolTipsVisible(true);
     }
     at = menu;
   }
-  QAction* action = static_cast<QMenu*>(at)->addAction(Q(captions.back()));
-  action->setObjectName(Q(entry.name));
+  QAction* action = static_cast<QMenu*>(at)->addAction(FromUtf8(captions.back()));
+  action->setObjectName(FromUtf8(entry.name));
   const auto own = windowActions_.find(entry.name);
   const bool works =
       (entry.active & window) && (entry.command || (own != windowActions_.end() && (own->second.windows & window)));
   action->setEnabled(works);
-  action->setStatusTip(works ? Q(ReplaceAll(entry.path, "/", ", ")) : QString("This command is not available yet"));
+  action->setStatusTip(works ? FromUtf8(ReplaceAll(entry.path, "/", ", "))
+                             : QString("This command is not available yet"));
   if (works) {
     if (const auto key = Shortcuts().find(entry.name); key != Shortcuts().end()) action->setShortcut(key->second);
   }

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "desktop/GridView.h"
+#include "desktop/QtText.h"
 #include "desktop/SheetLooks.h"
 
 namespace tellurix {
@@ -16,8 +17,6 @@ namespace {
 constexpr double Padding = 4;  // in pixels of the screen, as all sizes here
 constexpr double LightestLine = 0.5;
 constexpr std::size_t LongestDrawn = 4096;  // bytes of a cell
-
-QString Q(std::string_view text) { return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())); }
 
 // Rows or columns that stand on one page, with the place at which each starts.
 struct Strip {
@@ -105,13 +104,13 @@ class SheetPainter {
       const auto [column, start] = columns.parts[i];
       const std::string heading = workbook_.ColText(column);
       draw(QRectF(left_ + start, 0, End(columns, i) - start, top_),
-           Q(heading.empty() ? ColumnLetters(column) : heading).simplified(), Qt::AlignHCenter);
+           FromUtf8(heading.empty() ? ColumnLetters(column) : heading).simplified(), Qt::AlignHCenter);
     }
     for (std::size_t i = 0; i < rows.parts.size(); ++i) {
       const auto [row, start] = rows.parts[i];
       const std::string heading = workbook_.RowText(row);
       draw(QRectF(0, top_ + start, left_, End(rows, i) - start),
-           heading.empty() ? QString::number(row) : Q(heading).simplified(), Qt::AlignRight);
+           heading.empty() ? QString::number(row) : FromUtf8(heading).simplified(), Qt::AlignRight);
     }
   }
 
@@ -159,9 +158,9 @@ class SheetPainter {
       text =
           FittedNumber(workbook_, regional_, row, column, look.keepsDigits, metrics, static_cast<int>(inside.width()));
     } else if (type == LogicalCell) {
-      text = Q(workbook_.FormattedTextRC(row, column));
+      text = FromUtf8(workbook_.FormattedTextRC(row, column));
     } else {
-      text = Q(view.text.substr(0, LongestDrawn));
+      text = FromUtf8(view.text.substr(0, LongestDrawn));
       const double needed = metrics.horizontalAdvance(text) + 2 * Padding;
       for (std::size_t i = at + 1; side == Qt::AlignLeft && room.width() < needed && i < columns.parts.size(); ++i) {
         if (workbook_.ReadRC(row, columns.parts[i].first).type != EmptyCell) break;
