@@ -183,6 +183,10 @@ void MainWindow::ShowMenus() {
     }
     AddTools();
     heads = menuBar()->actions();
+    for (QAction* head : heads) {
+      if (head->text() != "&Window") continue;
+      connect(head->menu(), &QMenu::aboutToShow, this, [this, menu = head->menu()] { ShowOpenWindows(*menu); });
+    }
   } else {
     menuBar()->addActions(heads);
   }

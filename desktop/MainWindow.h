@@ -99,6 +99,7 @@ class MainWindow : public QMainWindow {
   void AddTools();
   void ShowHistory();
   void OpenFromHistory(const std::filesystem::path& file);
+  void ShowOpenWindows(QMenu& menu);
   unsigned ActiveKind() const;
   void ShowWorkbook(Workbook& workbook);
   void ShowReport(Report& report);

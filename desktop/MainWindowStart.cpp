@@ -21,6 +21,22 @@ namespace tellurix {
 
 namespace fs = std::filesystem;
 
+namespace {
+
+// Of the caption "&1 ..." only the first "&" names an access key.
+QString WithAccessKey(const QString& caption) { return "&" + QString(caption.mid(1)).replace("&", "&&"); }
+
+// Those of a list that changes, by how their names begin.
+void RemoveEntries(QMenu& menu, const char* names) {
+  for (QAction* action : menu.actions()) {
+    if (!action->objectName().startsWith(names)) continue;
+    menu.removeAction(action);
+    action->deleteLater();  // it may be the one that was chosen
+  }
+}
+
+}  // namespace
+
 void MainWindow::ShowAtSavedPlace() {
   if (!LoadFormPlace(*this, settings_, "MainWindow")) {
     const QRect free = screen()->availableGeometry();
@@ -54,24 +70,37 @@ void MainWindow::ForgetCopies() {
   if (recovery_) recovery_->Tidy(documents_);
 }
 
-// The files last used stand before the menu's last entry, a line above them.
+// The files last used stand before the menu's last entry, between lines.
 void MainWindow::ShowHistory() {
   QMenu* menu = menuBar()->actions().value(0)->menu();
-  for (QAction* action : menu->actions()) {
-    if (!action->objectName().startsWith("M_OpenList")) continue;
-    menu->removeAction(action);
-    action->deleteLater();  // it may be the one that was chosen
-  }
+  RemoveEntries(*menu, "M_OpenList");
   QAction* last = menu->actions().constLast();
   const auto rows = History(session_);
-  if (!rows.empty()) menu->insertSeparator(last)->setObjectName("M_OpenList(-)");
+  const auto addLine = [&] { menu->insertSeparator(last)->setObjectName("M_OpenList(-)"); };
+  if (!rows.empty()) addLine();
   for (std::size_t i = 0; i < rows.size(); ++i) {
-    // Of the caption only the first "&" names an access key.
-    auto* action = new QAction("&" + QString::fromStdString(rows[i].caption).mid(1).replace("&", "&&"), menu);
+    auto* action = new QAction(WithAccessKey(QString::fromStdString(rows[i].caption)), menu);
     action->setObjectName(QString("M_OpenList(%1)").arg(i));
     action->setStatusTip(QString::fromStdString(rows[i].path.string()));
     connect(action, &QAction::triggered, this, [this, file = rows[i].path] { OpenFromHistory(file); });
     menu->insertAction(last, action);
+  }
+  if (!rows.empty()) addLine();
+}
+
+// The open windows stand beneath the other entries of Window, in the order of their opening.
+void MainWindow::ShowOpenWindows(QMenu& menu) {
+  RemoveEntries(menu, "M_WindowList");
+  const auto windows = area_->subWindowList();
+  if (!windows.empty()) menu.addSeparator()->setObjectName("M_WindowList(-)");
+  for (qsizetype i = 0; i < windows.size(); ++i) {
+    const QString caption = QString::number(i + 1) + " " + windows[i]->windowTitle();
+    QAction* action = menu.addAction(i < 9 ? WithAccessKey("&" + caption) : QString(caption).replace("&", "&&"));
+    action->setObjectName(QString("M_WindowList(%1)").arg(i));
+    action->setCheckable(true);
+    action->setChecked(windows[i] == area_->currentSubWindow());
+    connect(action, &QAction::triggered, windows[i],
+            [this, window = windows[i]] { area_->setActiveSubWindow(window); });
   }
 }
 

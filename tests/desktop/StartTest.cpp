@@ -190,6 +190,30 @@ TEST_F(Start, TheMenusOfEachKindOfWindowComeBack) {
   EXPECT_EQ(actionCount(), actions);
 }
 
+TEST_F(Start, TheWindowMenuListsWhatIsOpen) {
+  MainWindow main(TestPaths(), ini);
+  main.show();
+  QMenu* menu = nullptr;
+  const auto listed = [&] {
+    menu = main.menuBar()->actions().at(main.menuBar()->actions().size() - 2)->menu();
+    EXPECT_EQ(menu->title(), "&Window");
+    emit menu->aboutToShow();
+    QStringList shown;
+    for (QAction* action : menu->actions().mid(5)) {
+      shown << (action->isSeparator() ? "-" : action->text() + (action->isChecked() ? " (in front)" : ""));
+    }
+    return shown;
+  };
+  EXPECT_EQ(listed(), QStringList());
+  WriteTestFile(folder / "a&b.csv", "1,2\n");
+  ASSERT_TRUE(main.OpenFile(folder / "a&b.csv"));
+  main.NewReport();
+  EXPECT_EQ(listed(), (QStringList{"-", "&1 a&&b.csv", "&2 Report 01 (not saved) (in front)"}));
+  menu->actions().at(6)->trigger();
+  EXPECT_TRUE(main.ActiveWorksheet());
+  EXPECT_EQ(listed(), (QStringList{"-", "&1 a&&b.csv (in front)", "&2 Report 01 (not saved)"}));
+}
+
 TEST_F(Start, TheMenusShowTheFilesLastUsed) {
   WriteTestFile(folder / "a&b.csv", "1,2\n");
   WriteTestFile(folder / "r.rtf", "{\\rtf1 text}");
@@ -197,16 +221,16 @@ TEST_F(Start, TheMenusShowTheFilesLastUsed) {
   main.show();
   EXPECT_EQ(HistoryOf(main), QStringList());
   ASSERT_TRUE(main.OpenFile(folder / "a&b.csv"));
-  const QStringList one{"-", "&1 a&&b.csv"};
+  const QStringList one{"-", "&1 a&&b.csv", "-"};
   EXPECT_EQ(HistoryOf(main), one);
   ASSERT_TRUE(main.OpenFile(folder / "r.rtf"));  // another menu
-  const QStringList two{"-", "&1 r.rtf", "&2 a&&b.csv"};
+  const QStringList two{"-", "&1 r.rtf", "&2 a&&b.csv", "-"};
   EXPECT_EQ(HistoryOf(main), two);
   EXPECT_EQ(main.menuBar()->actions().front()->menu()->actions().constLast()->objectName(), "M_Exit");
 
   HistoryRow(main, 1)->trigger();
   EXPECT_EQ(main.OpenedDocuments().WorkbookCount(), 2);
-  const QStringList turned{"-", "&1 a&&b.csv", "&2 r.rtf"};
+  const QStringList turned{"-", "&1 a&&b.csv", "&2 r.rtf", "-"};
   EXPECT_EQ(HistoryOf(main), turned);
 
   fs::remove(folder / "r.rtf");
