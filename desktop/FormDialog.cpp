@@ -181,7 +181,8 @@ void FormDialog::Build() {
     } else {
       rows = nullptr;
       QVBoxLayout* layout = layoutFor(control);
-      if (!control.caption.empty() && (labelled || IsWide(control.kind))) {
+      const bool told = control.caption.empty() || control.caption == control.group;  // by the frame
+      if (!told && (labelled || IsWide(control.kind))) {
         auto* label = new QLabel(FromUtf8(control.caption), this);
         label->setBuddy(widget);
         layout->addWidget(label);
