@@ -18,6 +18,8 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QSlider>
 #include <QTableWidget>
 #include <QTextBrowser>
@@ -95,6 +97,24 @@ void FitToContents(QWidget& window) {
   const QSize hint = layout.totalSizeHint();
   const int width = std::max(window.width(), hint.width());
   window.resize(width, layout.hasHeightForWidth() ? layout.totalHeightForWidth(width) : hint.height());
+}
+
+// A text that would leave no room for the rest of the dialog on the screen scrolls in a frame of its own, by mouse or
+// keys. The label where it is short.
+QWidget* InScrollerWhenTall(QLabel& label, const QString& text, QWidget& window) {
+  label.setText(text);
+  const QSize needed = label.sizeHint();
+  const int most = window.screen()->availableGeometry().height() / 2;
+  if (needed.height() <= most) return &label;
+  auto* scroller = new QScrollArea(&window);
+  label.setAlignment(Qt::AlignTop);
+  label.setMargin(4);
+  scroller->setWidget(&label);
+  scroller->setWidgetResizable(true);
+  scroller->setMinimumHeight(most);
+  scroller->setMinimumWidth(label.sizeHint().width() + 2 * scroller->frameWidth() +
+                            scroller->verticalScrollBar()->sizeHint().width());
+  return scroller;
 }
 
 // A group of radios of one dialog needs no frame; a frame has a caption to show.
@@ -187,6 +207,9 @@ void FormDialog::Build() {
         label->setBuddy(widget);
         layout->addWidget(label);
         shown.label = label;
+      }
+      if (control.kind == ControlKind::Label) {
+        widget = InScrollerWhenTall(static_cast<QLabel&>(*widget), FromUtf8(PlainCaption(control.caption)), *this);
       }
       layout->addWidget(widget, IsWide(control.kind) ? 1 : 0);
     }

@@ -6,6 +6,9 @@
 
 #include <QMessageBox>
 #include <QRadioButton>
+#include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QTest>
 #include <QTimer>
 
@@ -48,6 +51,30 @@ TEST(FormDialog, ArrowKeysGoThroughTheRadiosOfAGroup) {
   form.Update("third", [](Control& radio) { radio.checked = true; });
   EXPECT_FALSE(static_cast<QRadioButton*>(dialog.WidgetOf("first"))->isChecked());
   EXPECT_EQ(told, 3);
+}
+
+TEST(FormDialog, ScrollsAPromptThatIsTallerThanTheScreen) {
+  std::string prompt = "Enter an expression using V1 etc.\n";
+  for (int i = 1; i <= 200; ++i) prompt += "\nV" + std::to_string(i) + ": Measurement of the follow-up";
+  Form form("InpFrm", "Apply function to data");
+  form.AddLabel("Prompt", prompt);
+  form.AddText("Text", "", "");
+  form.AddButton("OK", "&OK", ButtonRole::Default);
+  form.Open();
+  FormDialog dialog(form, nullptr);
+  dialog.show();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&dialog));
+  const QRect screen = dialog.screen()->availableGeometry();
+  EXPECT_TRUE(screen.contains(dialog.geometry()));
+  EXPECT_EQ(QApplication::focusWidget(), dialog.WidgetOf("Text"));
+  const QWidget* label = dialog.WidgetOf("Prompt");
+  EXPECT_GE(label->height(), label->sizeHint().height());  // no line is cut
+  auto* scroller = dialog.findChild<QScrollArea*>();
+  ASSERT_NE(scroller, nullptr);
+  EXPECT_GE(scroller->viewport()->width(), label->width());
+  scroller->setFocus(Qt::TabFocusReason);
+  QTest::keyClick(scroller, Qt::Key_PageDown);
+  EXPECT_GT(scroller->verticalScrollBar()->value(), 0);
 }
 
 TEST(MessageBox, GoesBackToTheWindowThatAsked) {
