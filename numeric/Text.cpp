@@ -1,6 +1,7 @@
 #include "numeric/Text.h"
 
 #include <array>
+#include <set>
 
 #include <utf8proc.h>
 
@@ -154,6 +155,15 @@ std::vector<std::string> Split(std::string_view text, char separator) {
     if (to == std::string_view::npos) return parts;
     from = to + 1;
   }
+}
+
+std::vector<std::string> Distinct(std::vector<std::string> texts) {
+  std::set<std::string> taken;
+  for (std::string& text : texts) {
+    const std::string plain = text;
+    for (int k = 2; !taken.insert(FoldCase(text)).second; ++k) text = plain + " (" + std::to_string(k) + ")";
+  }
+  return texts;
 }
 
 std::string ReplaceAll(std::string_view text, std::string_view from, std::string_view to) {

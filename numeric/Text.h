@@ -39,6 +39,9 @@ std::size_t DisplayWidth(std::string_view text);
 // The parts between separators; an empty text has one empty part.
 std::vector<std::string> Split(std::string_view text, char separator);
 
+// The texts, each one different from the others without regard to case: "x", "x (2)".
+std::vector<std::string> Distinct(std::vector<std::string> texts);
+
 // Every occurrence of `from` replaced by `to`.
 std::string ReplaceAll(std::string_view text, std::string_view from, std::string_view to);
 

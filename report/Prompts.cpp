@@ -204,7 +204,7 @@ std::vector<WorksheetRow> Prompts::WorksheetRows() const {
   return rows;
 }
 
-int Prompts::PickFromList(std::string_view kind) {
+int Prompts::PickFromList(std::string_view kind, int chosen) {
   std::vector<std::string> rows;
   std::string title, label = "Output destination:";
   bool lastIsNew = true;
@@ -231,7 +231,7 @@ int Prompts::PickFromList(std::string_view kind) {
   Form form("ListForm", title);
   form.helpContext = helpContext_;
   form.AddLabel("Label", label);
-  form.AddList("List", "", std::move(rows), 0);
+  form.AddList("List", "", Distinct(std::move(rows)), chosen);
   AddButtons(form, "Select", "&Select");
   form.onActivate = [&form](const Control&) { form.Finish(true); };  // a double-click selects
   const NormalPointerHere pointer(host_);

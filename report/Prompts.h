@@ -66,8 +66,9 @@ class Prompts {
   bool AnalysisOptions();
 
   // Kind "Report", "Worksheet" or "File". The row's number from 0, PickedNew for the last row of the first two kinds,
-  // PickedCancel.
-  int PickFromList(std::string_view kind);
+  // PickedCancel. Rows that would read alike are numbered: "a.csv: Sheet1", "a.csv: Sheet1 (2)". Row `chosen` is the
+  // one that is marked at first.
+  int PickFromList(std::string_view kind, int chosen = 0);
 
   // What the rows of PickFromList("Worksheet") but the last stand for.
   std::vector<WorksheetRow> WorksheetRows() const;

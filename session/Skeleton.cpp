@@ -35,12 +35,23 @@ bool CheckRegionalSettings(Session& session, std::string_view consequence) {
   return false;
 }
 
+namespace {
+
+int IndexOfActiveReport(Documents& documents) {
+  for (int i = 0; i < documents.ReportCount(); ++i) {
+    if (&documents.ReportAt(i) == documents.ActiveReport()) return i;
+  }
+  return 0;
+}
+
+}  // namespace
+
 Report* EnsureReport(Session& session, bool wantsNew) {
   CheckRegionalSettings(session, "Tellurix will not properly run until you make these changes.");
   Documents& documents = session.documents;
   if (wantsNew || documents.ReportCount() == 0) return &documents.NewReport();
   if (documents.ReportCount() == 1) return &documents.ReportAt(0);
-  const int picked = session.prompts.PickFromList("Report");
+  const int picked = session.prompts.PickFromList("Report", IndexOfActiveReport(documents));
   if (picked == PickedCancel) return nullptr;
   if (picked == PickedNew) return &documents.NewReport();
   documents.ActivateReport(picked);

@@ -1,5 +1,7 @@
 #include "workbook/OutputColumns.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <limits>
 
@@ -28,7 +30,29 @@ std::vector<double> WithMissingAsNaN(std::vector<double> values) {
   return values;
 }
 
+// The row of the list of worksheets for the sheet that is worked on; the first where there is none.
+int RowOfActiveSheet(Documents& documents, const std::vector<WorksheetRow>& rows) {
+  const Workbook* active = documents.ActiveWorkbook();
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    if (&documents.WorkbookAt(rows[i].workbook) == active && rows[i].sheet == active->Sheet()) {
+      return static_cast<int>(i);
+    }
+  }
+  return 0;
+}
+
 }  // namespace
+
+bool FitEmptySheet(Host& host, std::size_t columns, const SheetRoom& room) {
+  if (columns <= static_cast<std::size_t>(room.lastColumn)) return true;
+  std::string text(room.whenFull);
+  if (text.empty()) {
+    text = fmt::format("The result needs {} columns, but a worksheet has room for {}.", columns, room.lastColumn);
+  }
+  const NormalPointerHere pointer(host);
+  host.ShowMessage({.text = text, .title = OutputTitle, .style = WarningIcon});
+  return false;
+}
 
 OutputColumns::OutputColumns(Host& host, Documents& documents, Prompts& prompts, ResultsLog& results)
     : host_(host), documents_(documents), prompts_(prompts), results_(results) {}
@@ -44,6 +68,7 @@ OutputColumns::~OutputColumns() {
 
 bool OutputColumns::GetOutputColumns(int& columns, const SheetRoom& room) {
   const int wanted = columns;
+  if (!FitEmptySheet(host_, static_cast<std::size_t>(wanted), room)) return false;
   if (documents_.WorkbookCount() == 0) {
     grid_ = &documents_.NewWorkbook();
     grid_->BeginStep("New columns");
@@ -53,7 +78,7 @@ bool OutputColumns::GetOutputColumns(int& columns, const SheetRoom& room) {
   }
   for (;;) {
     const auto rows = prompts_.WorksheetRows();
-    const int picked = prompts_.PickFromList("Worksheet");
+    const int picked = prompts_.PickFromList("Worksheet", RowOfActiveSheet(documents_, rows));
     if (picked == PickedCancel) return false;
     const WorksheetRow row =
         picked == PickedNew ? WorksheetRow{documents_.WorkbookCount(), 0} : rows[static_cast<std::size_t>(picked)];

@@ -27,6 +27,9 @@ struct SheetRoom {
       {};  // says that a sheet has no room and ends the command; empty: another sheet is asked for
 };
 
+// Whether a worksheet that is empty takes so many columns; a message when it does not.
+bool FitEmptySheet(Host& host, std::size_t columns, const SheetRoom& room = {});
+
 class OutputColumns {
  public:
   OutputColumns(Host& host, Documents& documents, Prompts& prompts, ResultsLog& results);
@@ -35,7 +38,7 @@ class OutputColumns {
   OutputColumns& operator=(const OutputColumns&) = delete;
 
   // Asks where to write `columns` result columns and reserves them; then `columns` is the number of the column before
-  // the block. False when cancelled. Sheets without room are refused.
+  // the block. False when cancelled, or with a message when no sheet takes so many. Sheets without room are refused.
   bool GetOutputColumns(int& columns, const SheetRoom& room = {});
 
   // Writes the columns of the block: the titles in row `row`, or as headings when it is below 1, the values under them.

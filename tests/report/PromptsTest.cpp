@@ -231,6 +231,21 @@ TEST_F(PromptsTest, AnalysisOptionsEditsTheOptions) {
   }
 }
 
+TEST_F(PromptsTest, PickFromListTellsRowsApartThatReadAlike) {
+  class Namesakes : public FakeDocuments {
+    std::string ReportName(int) const override { return "visit.rtf"; }
+  } namesakes;
+  for (int i = 0; i < 3; ++i) namesakes.NewReport();
+  Prompts asking(host, namesakes, options, helpContext, {});
+  host.forms = {[](Form& form) {
+    EXPECT_EQ(Joined(form.Find("List")->items), "visit.rtf|visit.rtf (2)|visit.rtf (3)|New Report");
+    EXPECT_EQ(form.IndexOf("List"), 1);
+    EXPECT_TRUE(form.Set("List", "visit.rtf (3)"));
+    Accept(form);
+  }};
+  EXPECT_EQ(asking.PickFromList("Report", 1), 2);
+}
+
 TEST_F(PromptsTest, PickFromListKnowsItsRowsAndAnswers) {
   documents.NewReport();
   documents.NewReport();

@@ -69,16 +69,27 @@ TEST_F(OutputColumnsTest, TakesFiveBesideTwoHundredAndFiftyButNotSix) {
   EXPECT_EQ(host.messages[0].text, "The worksheet does not contain enough free columns, please select another.");
   EXPECT_EQ(host.messages[0].title, "Saving Data to Workbook");
   EXPECT_EQ(book.LastCol(), 250);  // reserved and not written: free again
-  // Too many for any sheet: nothing is made on the way.
+  // Too many for any sheet: no sheet is asked for.
+  host.formTitles.clear();
   OutputColumns out(host, documents, prompts, results);
-  Pick("New Sheet in Book1");
-  Pick("New Book");
-  host.forms.push_back([](Form& form) { form.Close(); });
   int columns = 256;
   EXPECT_FALSE(out.GetOutputColumns(columns));
-  EXPECT_EQ(book.SheetCount(), 1);
-  EXPECT_EQ(documents.WorkbookCount(), 1);
-  EXPECT_EQ(host.messages.size(), 3u);
+  EXPECT_TRUE(host.formTitles.empty());
+  ASSERT_EQ(host.messages.size(), 2u);
+  EXPECT_EQ(host.messages[1].text, "The result needs 256 columns, but a worksheet has room for 255.");
+}
+
+TEST_F(OutputColumnsTest, OffersTheSheetThatIsWorkedOnFirst) {
+  documents.NewWorkbook();
+  Workbook& book = documents.NewWorkbook();
+  book.AddSheet("Visits");
+  book.Sheet(2);
+  OutputColumns out(host, documents, prompts, results);
+  host.forms.push_back([](Form& form) { form.Press("Select"); });
+  int columns = 1;
+  ASSERT_TRUE(out.GetOutputColumns(columns));
+  EXPECT_EQ(out.Grid(), &book);
+  EXPECT_EQ(book.Sheet(), 2);
 }
 
 TEST_F(OutputColumnsTest, RefusesALockedSheet) {

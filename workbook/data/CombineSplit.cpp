@@ -2,8 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <set>
-
 #include "numeric/Missing.h"
 #include "numeric/Text.h"
 #include "session/Skeleton.h"
@@ -12,29 +10,15 @@
 
 namespace tellurix {
 
-namespace {
-
-// The titles of the columns, each one different from the others: "x", "x (2)".
-std::vector<std::string> GroupNames(const std::vector<NumberColumn>& columns) {
-  std::vector<std::string> names;
-  std::set<std::string> taken;
-  for (const NumberColumn& column : columns) {
-    std::string name = column.title;
-    for (int k = 2; !taken.insert(FoldCase(name)).second; ++k) name = fmt::format("{} ({})", column.title, k);
-    names.push_back(std::move(name));
-  }
-  return names;
-}
-
-}  // namespace
-
 void CombineColumns(Session& session) {
   const auto columns = SelectNumbers(session, "Select columns to COMBINE", MaxSelectedColumns);
   if (!columns) return;
 
   BusyPointer(session);
   OutputColumn data{.title = "Data"}, groups{.title = "Group ID"};
-  const std::vector<std::string> names = GroupNames(*columns);
+  std::vector<std::string> names;
+  for (const NumberColumn& column : *columns) names.push_back(column.title);
+  names = Distinct(std::move(names));
   for (std::size_t k = 0; k < names.size(); ++k) {
     const std::vector<double>& values = (*columns)[k].values;
     data.values.insert(data.values.end(), values.begin(), values.end());
@@ -54,9 +38,11 @@ void SplitColumns(Session& session) {
     if (!EqualNoCase(identifier.CategoryName[k], MissingCategory)) groups.push_back(k);
   }
   ShowMessage(session, fmt::format("Number of groups = {}", groups.size()), InformationIcon, "Group Splitter");
-  if (groups.empty()) return;
-  if (!SelectAlongside(session, identifier, ModeNumericRows, MaxSelectedColumns, "Select data to SPLIT BY GROUP"))
+  if (groups.empty() || !FitEmptySheet(session.host, groups.size())) return;
+  if (!SelectAlongside(session, identifier, ModeNumericRows, MaxSelectedColumns, "Select data to SPLIT BY GROUP")) {
     return;
+  }
+  if (!FitEmptySheet(session.host, groups.size() * data.ColumnInfo.size())) return;
 
   BusyPointer(session);
   std::vector<OutputColumn> block;

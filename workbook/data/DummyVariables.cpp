@@ -49,18 +49,18 @@ void MakeDummyVariables(Session& session) {
   const ColumnDescriptor& info = session.data.ColumnInfo.front();
   std::vector<std::size_t> order = CategoryOrder(info.CategoryName, session.options.regional);
   std::erase_if(order, [&](std::size_t k) { return EqualNoCase(info.CategoryName[k], MissingCategory); });
-  const auto refuse = [&](const char* text) { ShowMessage(session, text, WarningIcon, Caption); };
-  if (order.size() < 2) return refuse("You must have more than one category in your data");
+  if (order.size() < 2) {
+    ShowMessage(session, "You must have more than one category in your data", WarningIcon, Caption);
+    return;
+  }
+  const SheetRoom room{.whenFull = NoRoom};
+  if (!FitEmptySheet(session.host, order.size() - 1, room)) return;
 
   std::vector<std::string> names;
   for (const std::size_t k : order) names.push_back(info.CategoryName[k]);
   const std::size_t mostPrevalent = *std::ranges::max_element(order, {}, [&](auto k) { return info.CategoryFreq[k]; });
   const auto dropped = AskCategoryToDrop(session, names, info.CategoryName[mostPrevalent]);
   if (!dropped) return;
-  const SheetRoom room{.whenFull = NoRoom};
-  if (order.size() - (*dropped < order.size() ? 1 : 0) > static_cast<std::size_t>(room.lastColumn)) {
-    return refuse(NoRoom);
-  }
 
   BusyPointer(session);
   const std::vector<double>& codes = session.data.DataMatrix.front();

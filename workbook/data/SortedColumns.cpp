@@ -48,7 +48,7 @@ void CreateSortedColumns(Session& session) {
   const SortDirection direction = session.prompts.OptionOn(1) ? SortDirection::Falling : SortDirection::Rising;
   std::vector<NumberColumn> linked;
   if (session.prompts.OptionOn(2)) linked = SelectLinked(session);
-  if (session.data.SelectionRestart) return;
+  if (session.data.SelectionRestart || !FitEmptySheet(session.host, columns->size() * (1 + linked.size()))) return;
   BusyPointer(session);
   std::vector<NumberColumn> results;
   for (const NumberColumn& column : *columns) {

@@ -200,10 +200,7 @@ void Tabulate(Session& session) {
     width += columns.names.size();
   }
   if (rows.names.empty() || width == others.size()) return data.ShowInvalidData();
-  if (width > static_cast<std::size_t>(SheetRoom().lastColumn)) {
-    return static_cast<void>(ShowMessage(session, "Error: too many categories for the columns of a worksheet.",
-                                         WarningIcon, TabulateCaption));
-  }
+  if (!FitEmptySheet(session.host, width)) return;
 
   BusyPointer(session);
   std::vector<OutputColumn> block;
