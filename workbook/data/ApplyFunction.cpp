@@ -14,21 +14,32 @@ namespace tellurix {
 namespace {
 
 constexpr const char* Caption = "Apply function to data";
-constexpr std::size_t MostLines = 20;  // of a prompt that lists one column a line
 
-std::optional<std::string> AskExpression(Session& session, const std::vector<NumberColumn>& columns) {
-  const std::string prompt = fmt::format("Enter an expression using V1 etc.\n\n{}",
-                                         fmt::join(VariableList(columns), columns.size() > MostLines ? ";  " : "\n"));
+struct Applied {
+  std::string expression;
+  RowValues rows;
+};
+
+// The expression and its values; one that has no value in any row is asked for again. Nothing when cancelled.
+std::optional<Applied> AskExpression(Session& session, const std::vector<NumberColumn>& columns) {
+  const std::string prompt =
+      fmt::format("Enter an expression using V1 etc.\n\n{}", fmt::join(VariableList(columns), "\n"));
+  const auto refuse = [&](const char* text) { ShowMessage(session, text, WarningIcon, Caption); };
   std::string expression;
   for (;;) {
     expression = session.prompts.InputValue(prompt, Caption, expression);
     if (expression == CancelledInput) return std::nullopt;
     if (Trim(expression).empty()) {
-      ShowMessage(session, "Please enter an expression first", WarningIcon, Caption);
+      refuse("Please enter an expression first");
     } else if (HasGroupingSymbol(expression, session.options.regional)) {
-      ShowMessage(session, "You must not use digit grouping symbols in the expression", WarningIcon, Caption);
+      refuse("You must not use digit grouping symbols in the expression");
     } else {
-      return expression;
+      BusyPointer(session);
+      auto rows = EvaluateRows(session, columns, expression);
+      NormalPointer(session);
+      if (!rows) return std::nullopt;
+      if (!rows->AreMissing()) return Applied{std::move(expression), std::move(*rows)};
+      refuse("The expression could not be evaluated in any row.");
     }
   }
 }
@@ -38,15 +49,11 @@ std::optional<std::string> AskExpression(Session& session, const std::vector<Num
 void ApplyFunction(Session& session) {
   const auto columns = SelectNumbers(session, "Select data for FUNCTION", MaxSelectedColumns);
   if (!columns) return;
-  const auto expression = AskExpression(session, *columns);
-  if (!expression) return;
-  const std::string name = session.prompts.InputValue("New column name", Caption, *expression);
+  auto applied = AskExpression(session, *columns);
+  if (!applied) return;
+  const std::string name = session.prompts.InputValue("New column name", Caption, applied->expression);
   if (name == CancelledInput) return;
-
-  BusyPointer(session);
-  auto rows = EvaluateRows(session, *columns, *expression);
-  if (!rows) return;
-  WriteNewColumns(session, {{name, rows->firstRow, std::move(rows->values)}});
+  WriteNewColumns(session, {{name, applied->rows.firstRow, std::move(applied->rows.values)}});
 }
 
 }  // namespace tellurix

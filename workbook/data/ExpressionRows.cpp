@@ -33,6 +33,10 @@ int EndRow(const NumberColumn& column) { return column.firstRow + static_cast<in
 
 }  // namespace
 
+bool RowValues::AreMissing() const {
+  return std::ranges::all_of(values, [](double x) { return x == MissingValue; });
+}
+
 std::vector<std::string> VariableList(const std::vector<NumberColumn>& columns) {
   std::vector<std::string> list;
   for (std::size_t k = 0; k < columns.size(); ++k) list.push_back(fmt::format("V{}: {}", k + 1, columns[k].title));

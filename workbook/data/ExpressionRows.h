@@ -19,6 +19,8 @@ std::vector<std::string> VariableList(const std::vector<NumberColumn>& columns);
 struct RowValues {
   int firstRow = 1;
   std::vector<double> values;
+
+  bool AreMissing() const;  // throughout, as those of an expression that is wrong
 };
 std::optional<RowValues> EvaluateRows(Session& session, const std::vector<NumberColumn>& columns,
                                       std::string_view expression);

@@ -16,8 +16,11 @@ namespace {
 
 constexpr const char* Caption = "Extract variable";
 
+constexpr const char* Invalid = "Invalid expression, you must enter an expression such as v1>0 or v1=1 etc.";
+
 struct Condition {
   std::string expression;
+  RowValues holds;         // its value in each row
   std::size_t source = 0;  // the column whose values are taken
   std::string name;        // of the new variable
 };
@@ -41,23 +44,29 @@ std::optional<Condition> AskCondition(Session& session, const std::vector<Number
   form.AddButton("OK", "&OK", ButtonRole::Default);
   form.AddButton("Cancel", "&Cancel", ButtonRole::Cancel);
   const Regional& regional = session.options.regional;
+  const auto refuse = [&](const char* text) { ShowMessage(session, text, WarningIcon, Caption); };
+  std::optional<RowValues> holds;
   form.onPress = [&](const Control&) {
     const std::string expression(Trim(form.ValueOf("Expression")));
     if (expression.empty()) {
-      ShowMessage(session, "Please enter an expression first", WarningIcon, Caption);
+      refuse("Please enter an expression first");
     } else if (HasGroupingSymbol(expression, regional)) {
       form.Update("Expression", [&](Control& control) { control.value = WithoutGroupingSymbol(expression, regional); });
-      ShowMessage(session, "Digit grouping symbol removed from your expression, try again.", WarningIcon, Caption);
+      refuse("Digit grouping symbol removed from your expression, try again.");
     } else if (!HasRelation(expression)) {
-      ShowMessage(session, "Invalid expression, you must enter an expression such as v1>0 or v1=1 etc.", WarningIcon,
-                  Caption);
+      refuse(Invalid);
     } else {
-      form.Finish(true);
+      BusyPointer(session);
+      holds = EvaluateRows(session, columns, expression);
+      NormalPointer(session);
+      if (holds && holds->AreMissing()) return refuse(Invalid);
+      form.Finish(holds.has_value());
     }
   };
   NormalPointer(session);
   if (!session.host.RunForm(form)) return std::nullopt;
   Condition condition{.expression = std::string(Trim(form.ValueOf("Expression"))),
+                      .holds = std::move(*holds),
                       .source = static_cast<std::size_t>(std::max(0, form.IndexOf("Source"))),
                       .name = std::string(Trim(form.ValueOf("Name")))};
   if (condition.name.empty()) {
@@ -75,13 +84,12 @@ void Extract(Session& session) {
   if (!condition) return;
 
   BusyPointer(session);
-  const auto holds = EvaluateRows(session, *columns, condition->expression);
-  if (!holds) return;
+  const RowValues& holds = condition->holds;
   const NumberColumn& source = (*columns)[condition->source];
   OutputColumn extracted{.title = condition->name, .values = {}, .texts = {}};
-  const auto offset = static_cast<std::size_t>(source.firstRow - holds->firstRow);
+  const auto offset = static_cast<std::size_t>(source.firstRow - holds.firstRow);
   for (std::size_t i = 0; i < source.values.size(); ++i) {
-    const double truth = holds->values[i + offset];
+    const double truth = holds.values[i + offset];
     if (truth != 0 && truth != MissingValue && source.values[i] != MissingValue) {
       extracted.values.push_back(source.values[i]);
     }

@@ -97,6 +97,12 @@ void FillSeries(Session& session) {
   BusyPointer(session);
   auto values = Evaluate(session, *series);
   if (!values) return;
+  if (values->size() > 1 && (*values)[1] == MissingValue) {
+    ShowMessage(session,
+                fmt::format("The expression could not be evaluated for x = {}.", NumberText(session, series->start)),
+                WarningIcon, Caption);
+    return;
+  }
   const OutputColumn block[] = {{"series=" + series->expression, std::move(*values), {}}};
   WriteColumns(session, block);
 }
