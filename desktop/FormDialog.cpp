@@ -117,6 +117,21 @@ QWidget* InScrollerWhenTall(QLabel& label, const QString& text, QWidget& window)
   return scroller;
 }
 
+// The columns of a grid that are there to be read are as wide as their texts, within bounds, and leave room for what is
+// typed beside them; the caret starts there.
+void ShowReadOnlyColumns(QTableWidget& table, int count) {
+  constexpr int WidestText = 400, RoomToType = 120;
+  if (count == 0) return;
+  int width = table.verticalHeader()->sizeHint().width() + table.verticalScrollBar()->sizeHint().width();
+  for (int column = 0; column < count; ++column) {
+    table.resizeColumnToContents(column);
+    table.setColumnWidth(column, std::min(table.columnWidth(column), WidestText));
+    width += table.columnWidth(column);
+  }
+  table.setMinimumWidth(std::max(table.minimumWidth(), width + RoomToType));
+  if (table.currentColumn() < 0) table.setCurrentCell(0, count);
+}
+
 // A group of radios of one dialog needs no frame; a frame has a caption to show.
 bool StandsInFrame(const Control& control) { return !control.group.empty() && control.kind != ControlKind::Radio; }
 
@@ -318,6 +333,7 @@ QWidget* FormDialog::MakeRadio(const Control& control) {
 QWidget* FormDialog::MakeGrid(const Control& control) {
   auto* table = new QTableWidget(this);
   table->setMinimumSize(360, 180);
+  table->horizontalHeader()->setStretchLastSection(true);
   const std::string id = control.id;
   connect(table, &QTableWidget::cellChanged, this, [this, id, table] {
     if (!refreshing_) form_.Enter(id, CellsOf(*table));
@@ -461,10 +477,14 @@ void FormDialog::RefreshControl(const Shown& shown, const Control& control) {
         for (int column = 0; column < static_cast<int>(cells.size()); ++column) {
           const QString text = FromUtf8(cells[static_cast<std::size_t>(column)]);
           QTableWidgetItem* item = table->item(row, column);
-          if (!item) table->setItem(row, column, item = new QTableWidgetItem);
+          if (!item) {
+            table->setItem(row, column, item = new QTableWidgetItem);
+            if (column < control.readOnlyColumns) item->setFlags(item->flags() & ~Qt::ItemIsEditable);
+          }
           if (item->text() != text) item->setText(text);
         }
       }
+      ShowReadOnlyColumns(*table, control.readOnlyColumns);
       break;
     }
     case ControlKind::Button:

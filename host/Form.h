@@ -26,6 +26,7 @@ struct Control {
   bool editable = false;           // combo: other text than the items may be typed
   std::vector<std::string> items;  // combo and list
   std::vector<std::vector<std::string>> cells;  // grid, by row
+  int readOnlyColumns = 0;                      // grid: the first columns, which are there to be read
   ButtonRole role = ButtonRole::None;
   bool repeats = false;    // a button that may repeat while held
   bool startsRow = false;  // a button of a group: the first of a row of keys

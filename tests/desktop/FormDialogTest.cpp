@@ -9,6 +9,7 @@
 #include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QTableWidget>
 #include <QTest>
 #include <QTimer>
 
@@ -75,6 +76,32 @@ TEST(FormDialog, ScrollsAPromptThatIsTallerThanTheScreen) {
   scroller->setFocus(Qt::TabFocusReason);
   QTest::keyClick(scroller, Qt::Key_PageDown);
   EXPECT_GT(scroller->verticalScrollBar()->value(), 0);
+}
+
+TEST(FormDialog, ShowsTheTextsOfAGridWholeAndTakesWhatIsTypedBesideThem) {
+  const char* text = "Ward number 12 of the general hospital";
+  Form form("TextNum", "Text to Numbers");
+  form.Add({.kind = ControlKind::Grid,
+            .id = "codes",
+            .items = {"Text", "Code"},
+            .cells = {{text, "1"}, {"Other", "2"}},
+            .readOnlyColumns = 1});
+  form.AddButton("OK", "&OK", ButtonRole::Default);
+  form.Open();
+  FormDialog dialog(form, nullptr);
+  dialog.show();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&dialog));
+  auto* table = static_cast<QTableWidget*>(dialog.WidgetOf("codes"));
+  EXPECT_GE(table->columnWidth(0), table->fontMetrics().horizontalAdvance(text));
+  EXPECT_GE(table->viewport()->width(), table->columnWidth(0) + table->columnWidth(1));
+  QTest::keyClicks(table, "7");  // without a step to the codes
+  QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+  const std::vector<std::string> coded{text, "7"};
+  EXPECT_TRUE(QTest::qWaitFor([&] { return form.Find("codes")->cells[0] == coded; }));
+  table->setCurrentCell(1, 0);
+  QTest::keyClicks(table, "x");
+  EXPECT_EQ(table->item(1, 0)->text(), "Other");
+  EXPECT_TRUE(form.IsOpen());
 }
 
 TEST(MessageBox, GoesBackToTheWindowThatAsked) {

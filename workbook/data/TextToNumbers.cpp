@@ -19,7 +19,7 @@ std::optional<std::vector<double>> AskCodes(Session& session, const std::vector<
   Form form("TextNum", Caption);
   form.helpContext = session.HelpContext;
   form.AddLabel("prompt", "The number that stands for each text (* for missing data):");
-  Control grid{.kind = ControlKind::Grid, .id = "codes", .items = {"Text", "Code"}};
+  Control grid{.kind = ControlKind::Grid, .id = "codes", .items = {"Text", "Code"}, .readOnlyColumns = 1};
   for (std::size_t k = 0; k < texts.size(); ++k) grid.cells.push_back({texts[k], std::to_string(k + 1)});
   form.Add(std::move(grid));
   form.AddButton("OK", "&OK", ButtonRole::Default);
