@@ -46,6 +46,7 @@ std::string Recorder::Text() {
 
 void Recorder::Start() {
   recording_ = true;
+  typing_ = {};
   edits_ = std::make_unique<HandEdits>(documents_, [this](const std::string& step) { Write(editDepth_, step); });
   edits_->Start();
 }
@@ -103,6 +104,15 @@ Reply Recorder::ShowMessage(const Message& message) {
   return reply;
 }
 
+// What is typed comes letter by letter; the last word counts.
+void Recorder::WriteSet(const Form& form, const Control& control, const std::string& value, int depth) {
+  const bool isTyped = control.kind == ControlKind::Text || control.editable;
+  const Typing typing{&form, control.id, lines_.size()};
+  if (recording_ && isTyped && typing == typing_) lines_.pop_back();
+  Write(depth, SetText(form, control, value));
+  typing_ = {&form, control.id, lines_.size()};
+}
+
 void Recorder::WriteAction(const Form& form, const FormAction& action, int depth) {
   const Control* control = form.Find(action.id);
   switch (action.kind) {
@@ -110,7 +120,7 @@ void Recorder::WriteAction(const Form& form, const FormAction& action, int depth
       Write(depth, "cancel");
       return;
     case FormAction::Kind::Set:
-      if (control) Write(depth, SetText(form, *control, action.value));
+      if (control) WriteSet(form, *control, action.value, depth);
       return;
     case FormAction::Kind::Press:
       if (control) {

@@ -61,8 +61,17 @@ class Recorder : public Host {
  private:
   void Write(int depth, std::string_view step);
   void Listen(Form& form, int depth);
+  void WriteSet(const Form& form, const Control& control, const std::string& value, int depth);
   void WriteAction(const Form& form, const FormAction& action, int depth);
   void WriteMarks();
+
+  // The control that was set last, and the lines with that step.
+  struct Typing {
+    const Form* form = nullptr;
+    std::string id;
+    std::size_t lines = 0;
+    bool operator==(const Typing&) const = default;
+  };
 
   Host& inner_;
   Documents& documents_;
@@ -70,7 +79,8 @@ class Recorder : public Host {
   int editDepth_ = 0;                 // of what is done by hand
   std::unique_ptr<HandEdits> edits_;  // while recording
   std::vector<std::string> lines_;
-  std::size_t runLine_ = 0;    // where the last run begins
+  std::size_t runLine_ = 0;  // where the last run begins
+  Typing typing_;
   std::string modelessInUse_;  // title of the modeless form that acted last
 };
 

@@ -246,6 +246,8 @@ TEST_F(FirstRoad, ARecordedRoadPlaysToTheSameReport) {
 
   std::string problem;
   ASSERT_TRUE(WriteWholeFile(script, main.DesktopRecorder().Text(), problem)) << problem;
+  const QString steps = QString::fromStdString(main.DesktopRecorder().Text());
+  EXPECT_EQ(steps.count("Population mean"), 1) << steps.toStdString();  // not letter by letter
   ScriptPlayer player(ScriptPaths(Root));
   EXPECT_TRUE(player.PlayFile(script)) << player.Failure() << "\n" << main.DesktopRecorder().Text();
   fs::remove(script);
