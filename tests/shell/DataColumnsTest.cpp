@@ -146,7 +146,7 @@ TEST_F(DataColumns, SortRefusesWhatIsNoBlock) {
 }
 
 TEST_F(DataColumns, SortMovesNothingThatIsNotMarked) {
-  ASSERT_EQ(Play("run M_Sort(1)\nselect A1:A5 C1:C5\npress OK\n"), "");
+  ASSERT_EQ(Play("run M_Sort(1)\nselect A1:A5 C1:C5\nanswer No\npress OK\n"), "");
   const char* words[] = {"b", "d", "a", "c"};
   for (int i = 0; i < 4; ++i) {
     EXPECT_EQ(Book().TextRC(i + 2, 3), words[i]);

@@ -59,6 +59,49 @@ std::optional<Block> SelectBlock(Session& session) {
   return block;
 }
 
+bool HasData(const GridStore& grid, int column, const Block& block) {
+  for (int row = block.firstRow; row <= block.lastRow; ++row) {
+    if (grid.TypeRC(row, column) != EmptyCell) return true;
+  }
+  return false;
+}
+
+// The columns that adjoin the block, or stand within it, and hold data in its rows.
+std::vector<int> ColumnsBeside(const GridStore& grid, const Block& block) {
+  const int first = block.columns.front();
+  const int last = block.columns.back();
+  std::vector<int> beside;
+  for (int column = first - 1; column >= 1 && HasData(grid, column, block); --column) beside.push_back(column);
+  for (int column = first; column <= last; ++column) {
+    if (!std::ranges::binary_search(block.columns, column) && HasData(grid, column, block)) beside.push_back(column);
+  }
+  const int end = grid.LastCol();
+  for (int column = last + 1; column <= end && HasData(grid, column, block); ++column) beside.push_back(column);
+  std::ranges::sort(beside);
+  return beside;
+}
+
+// Sorting some columns of a table tears its records apart. False when cancelled.
+bool TakeColumnsBeside(Session& session, const GridStore& grid, Block& block) {
+  constexpr std::size_t MostNamed = 10;
+  const std::vector<int> beside = ColumnsBeside(grid, block);
+  if (beside.empty()) return true;
+  std::vector<std::string> named;
+  for (std::size_t k = 0; k < std::min(beside.size(), MostNamed); ++k) named.push_back(ColumnLetters(beside[k]));
+  const std::string others = beside.size() > MostNamed ? fmt::format(" and {} more", beside.size() - MostNamed) : "";
+  const std::string text = fmt::format(
+      "There are data in the same rows beside the selection, in column {}{}.\n\nSort them too, so that each row stays "
+      "together?",
+      fmt::join(named, ", "), others);
+  const Reply reply = ShowMessage(session, text, YesNoCancel | QuestionIcon, Caption);
+  if (reply == Reply::Cancel) return false;
+  if (reply == Reply::Yes) {
+    block.columns.insert(block.columns.end(), beside.begin(), beside.end());
+    std::ranges::sort(block.columns);
+  }
+  return true;
+}
+
 bool IsWord(const GridStore& grid, int row, int column) {
   return std::abs(grid.TypeRC(row, column)) == TextCell && GetCellNumber(grid, row, column) == MissingValue;
 }
@@ -197,13 +240,14 @@ void Arrange(Workbook& workbook, const Block& block, int firstRow, const std::ve
 }  // namespace
 
 void SortRows(Session& session) {
-  const auto block = SelectBlock(session);
+  auto block = SelectBlock(session);
   if (!block) return;
   Workbook& workbook = *session.documents.ActiveWorkbook();
   if (workbook.SheetLocked()) {
     ShowMessage(session, "The worksheet is locked.", WarningIcon, Caption);
     return;
   }
+  if (!TakeColumnsBeside(session, workbook, *block)) return;
   const auto plan = AskPlan(session, workbook, *block);
   if (!plan) return;
   BusyPointer(session);
