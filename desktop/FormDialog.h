@@ -11,7 +11,7 @@
 #include "host/Form.h"
 
 class QButtonGroup;
-class QVBoxLayout;
+class QLabel;
 
 namespace tellurix {
 
@@ -43,11 +43,12 @@ class FormDialog : public QDialog {
     std::string id;
     ControlKind kind;
     QWidget* widget = nullptr;
-    QWidget* label = nullptr;
+    QLabel* label = nullptr;
   };
 
   void Build();
   void GoOnTyping();
+  static ControlKind ShownKind(const Control& control);
   QWidget* MakeWidget(const Control& control);
   QWidget* MakeEntry(const Control& control);
   QWidget* MakeRadio(const Control& control);
