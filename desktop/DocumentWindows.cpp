@@ -7,6 +7,7 @@
 
 #include "desktop/Icons.h"
 #include "desktop/MainWindow.h"
+#include "desktop/QtText.h"
 #include "desktop/ReportDefaults.h"
 #include "desktop/ReportView.h"
 #include "desktop/SelectionBar.h"
@@ -63,7 +64,7 @@ WorksheetForm::WorksheetForm(MainWindow& main, Workbook& workbook) : DocumentWin
   UpdateTitle();
 }
 
-// Count, sum and mean of the marked numbers, when there are several.
+// Count, sum and mean of the marked numbers, when there are several; dates have no sum.
 void WorksheetForm::ShowSummary(bool isInFront) {
   if (!summary_ || !view_) return;
   QString text;
@@ -72,7 +73,13 @@ void WorksheetForm::ShowSummary(bool isInFront) {
     const auto shown = [this](double value) {
       return InRegion(QString::number(value, 'g', 10), view_->Grid()->RegionalSettings());
     };
-    text = QString("Sum %1   Mean %2   Count %3").arg(shown(figures.sum), shown(figures.mean)).arg(figures.count);
+    if (figures.areDates) {
+      const NumberFormat date{.form = NumberFormat::Form::Date};
+      const std::string mean = FormatNumber(figures.mean, date, view_->Grid()->RegionalSettings());
+      text = QString("Mean %1   Count %2").arg(FromUtf8(mean)).arg(figures.count);
+    } else {
+      text = QString("Sum %1   Mean %2   Count %3").arg(shown(figures.sum), shown(figures.mean)).arg(figures.count);
+    }
   }
   summary_->setText(text);
 }

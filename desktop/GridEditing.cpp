@@ -6,8 +6,10 @@
 #include <cstdint>
 #include <cstdlib>
 #include <optional>
+#include <utility>
 
 #include "numeric/Text.h"
+#include "workbook/TypedText.h"
 
 namespace tellurix {
 
@@ -18,17 +20,6 @@ constexpr std::size_t LongestText = 32767;
 bool IsFormula(std::string_view text) { return text.size() > 1 && text[0] == '='; }
 
 }  // namespace
-
-TypedValue ReadTyped(std::string_view text, const Regional& regional) {
-  if (text.empty()) return {};
-  if (const auto number = ReadNumber(text, regional)) return {NumberCell, *number};
-  if (text.size() <= 16) {
-    const std::string_view word = Trim(text);
-    if (EqualNoCase(word, "TRUE")) return {LogicalCell, -1};
-    if (EqualNoCase(word, "FALSE")) return {LogicalCell, 0};
-  }
-  return {TextCell, 0};
-}
 
 std::string LockedText(const Workbook& workbook) {
   return fmt::format("The sheet {} is locked. Lock Sheet in the Format menu unlocks it.",
@@ -45,7 +36,9 @@ bool CommitText(Workbook& workbook, int row, int column, std::string_view text, 
     reason = fmt::format("A cell holds at most {} characters.", LongestText);
     return false;
   }
-  workbook.Enter(row, column, text, regional);
+  const bool isUnchanged =
+      workbook.TypeRC(row, column) == NumberCell && text == PlainText(workbook, row, column, regional);
+  if (!isUnchanged) workbook.Enter(row, column, text, regional);
   return true;
 }
 
@@ -53,7 +46,7 @@ std::string PlainText(const Workbook& workbook, int row, int column, const Regio
   const CellView cell = workbook.ReadRC(row, column);
   switch (std::abs(cell.type)) {
     case NumberCell:
-      return Localized(fmt::format("{}", cell.number), regional);
+      return TypedText(cell.number, workbook.NumberFormatAt(row, column), regional);
     case LogicalCell:
       return cell.number != 0 ? "TRUE" : "FALSE";
     case TextCell:
@@ -67,7 +60,7 @@ std::string EditableText(const Workbook& workbook, int row, int column, const Re
   const CellView cell = workbook.ReadRC(row, column);
   if (cell.type < 0) return workbook.FormulaText(row, column);
   std::string text = PlainText(workbook, row, column, regional);
-  if (cell.type != TextCell || workbook.LookAt(row, column).number.form == NumberFormat::Form::Text) return text;
+  if (cell.type != TextCell || workbook.NumberFormatAt(row, column).form == NumberFormat::Form::Text) return text;
   const bool staysText = !IsFormula(text) && !text.starts_with('\'') && ReadTyped(text, regional).type == TextCell;
   return staysText ? text : "'" + text;
 }
@@ -147,10 +140,14 @@ std::string BlockText(const Workbook& workbook, std::span<const CellRange> block
           }
         }
         if (std::abs(cell.type) == NumberCell) {
-          if (regional.decimalSymbol == ".") {
+          const NumberFormat format = workbook.NumberFormatAt(row, column);
+          const bool isPlain = !format.IsDate() && format.form != NumberFormat::Form::Percent;
+          if (isPlain && regional.decimalSymbol == ".") {
             fmt::format_to(std::back_inserter(out), "{}", cell.number);
+          } else if (quoteTexts) {
+            out += ExactTypedText(cell.number, format, regional);
           } else {
-            out += Localized(fmt::format("{}", cell.number), regional);
+            out += TypedText(cell.number, format, regional);
           }
         } else if (std::abs(cell.type) == LogicalCell) {
           out += cell.number != 0 ? "TRUE" : "FALSE";
@@ -274,6 +271,18 @@ int BlockSource::At(const Parts& parts, int index) {
   return parts.empty() ? 1 : parts.back().second;
 }
 
+namespace {
+
+// Of the next cell down a column that is given a format: given all at once at the end, for each change of the looks of
+// a cell writes those of its column anew.
+void AddFormat(std::vector<Workbook::FormatRun>& formats, int row, const NumberFormat& format) {
+  const bool goesOn = !formats.empty() && formats.back().lastRow == row - 1 && formats.back().format == format;
+  if (!goesOn) formats.push_back({row, row, format});
+  formats.back().lastRow = row;
+}
+
+}  // namespace
+
 void PasteBlock(Workbook& workbook, const TextBlock& block, const CellRange& to, const Regional& regional,
                 const PasteRules& rules) {
   const GridStep step(workbook, "Paste");
@@ -281,6 +290,7 @@ void PasteBlock(Workbook& workbook, const TextBlock& block, const CellRange& to,
   const int width = rules.transposed ? block.Rows() : block.Columns();
   std::vector<double> numbers;
   std::vector<std::string> texts;  // empty ones clear
+  std::vector<Workbook::FormatRun> formats;
   for (int column = to.firstColumn; column <= to.lastColumn; ++column) {
     const int across = (column - to.firstColumn) % width;
     int row = to.firstRow;
@@ -295,7 +305,8 @@ void PasteBlock(Workbook& workbook, const TextBlock& block, const CellRange& to,
       const int atRow = rules.transposed ? across : down;
       const int atColumn = rules.transposed ? down : across;
       const TextBlock::Field field = block.At(atRow, atColumn);
-      const bool isText = field.quoted && rules.quotedAreTexts;
+      const bool isText =
+          rules.quotedAreTexts ? field.quoted : workbook.NumberFormatAt(row, column).form == NumberFormat::Form::Text;
       if (!isText && rules.formulas && IsFormula(field.text)) {
         flush();
         std::optional<std::string> moved;
@@ -307,7 +318,8 @@ void PasteBlock(Workbook& workbook, const TextBlock& block, const CellRange& to,
         workbook.Enter(row, column, moved ? *moved : field.text, regional);
         continue;
       }
-      const TypedValue value = isText ? TypedValue{TextCell, 0} : ReadTyped(field.text, regional);
+      const TypedValue value = isText ? TypedValue{.type = TextCell} : ReadTyped(field.text, regional);
+      if (value.format) AddFormat(formats, row, *value.format);
       if (value.type == NumberCell) {
         if (!texts.empty()) flush();
         numbers.push_back(value.number);
@@ -320,6 +332,7 @@ void PasteBlock(Workbook& workbook, const TextBlock& block, const CellRange& to,
       }
     }
     flush();
+    workbook.GiveNumberFormats(column, std::exchange(formats, {}));
   }
 }
 
@@ -333,7 +346,8 @@ class Matcher {
       : options_(options),
         regional_(regional),
         text_(options.matchCase ? std::string(text) : FoldCase(text)),
-        inNumbers_(text_.find_first_not_of("0123456789+-eE" + regional.decimalSymbol) == std::string::npos),
+        inNumbers_(text_.find_first_not_of("0123456789+-eE%,: " + regional.decimalSymbol + regional.dateForm) ==
+                   std::string::npos),
         inLogicals_(text.find_first_not_of("TRUEFALSEtruefalse") == std::string_view::npos) {}
 
   bool Matches(const Workbook& workbook, int row, int column) const {
@@ -342,7 +356,7 @@ class Matcher {
       case EmptyCell:
         return false;
       case NumberCell:
-        return inNumbers_ && Holds(Localized(workbook.FormattedTextRC(row, column), regional_));
+        return inNumbers_ && Holds(workbook.FormattedTextRC(row, column, regional_));
       case LogicalCell:
         if (!inLogicals_) return false;
         break;
@@ -402,17 +416,15 @@ class Matcher {
   mutable std::string folded_;
 };
 
-// Replaces in a cell that matches; false for what cannot be replaced.
-bool ReplaceIn(Workbook& workbook, int row, int column, const Matcher& matcher, std::string_view by,
-               const Regional& regional) {
-  const CellView cell = workbook.ReadRC(row, column);
-  if (cell.type < 0) return false;
+// What is to be entered into a cell that matches; nothing for what cannot be replaced.
+std::optional<std::string> ReplacedText(const Workbook& workbook, int row, int column, const Matcher& matcher,
+                                        std::string_view by, const Regional& regional) {
+  if (!matcher.Matches(workbook, row, column) || workbook.TypeRC(row, column) < 0) return std::nullopt;
   // Of a number all digits count, lest the ones not shown be lost.
   const std::string old = PlainText(workbook, row, column, regional);
-  if (!matcher.Holds(old)) return false;
-  const std::string made = matcher.Replaced(old, by);
-  std::string reason;
-  return made != old && CommitText(workbook, row, column, made, regional, reason);
+  if (!matcher.Holds(old)) return std::nullopt;
+  std::string made = matcher.Replaced(old, by);
+  return made == old ? std::nullopt : std::optional(std::move(made));
 }
 
 }  // namespace
@@ -456,15 +468,28 @@ bool FindNext(const Workbook& workbook, std::string_view text, const FindOptions
 
 int ReplaceAll(Workbook& workbook, std::string_view text, std::string_view by, const FindOptions& options,
                const Regional& regional) {
-  if (text.empty()) return 0;
+  if (text.empty() || workbook.SheetLocked()) return 0;
   const Matcher matcher(text, options, regional);
   const GridStep step(workbook, "Replace");
   int replaced = 0;
   const int rows = workbook.LastRow();
+  std::vector<Workbook::FormatRun> formats;
+  std::string reason;
   for (int column = workbook.LastCol(); column >= 1; --column) {
     for (int row = 1; row <= rows; ++row) {
-      if (matcher.Matches(workbook, row, column) && ReplaceIn(workbook, row, column, matcher, by, regional)) ++replaced;
+      const auto made = ReplacedText(workbook, row, column, matcher, by, regional);
+      if (!made) continue;
+      const bool staysText = workbook.NumberFormatAt(row, column).form == NumberFormat::Form::Text;
+      const TypedValue value = staysText ? TypedValue{.type = TextCell} : ReadTyped(*made, regional);
+      if (value.format) {
+        workbook.NumberRC(row, column, value.number);
+        AddFormat(formats, row, *value.format);
+      } else if (!CommitText(workbook, row, column, *made, regional, reason)) {
+        continue;
+      }
+      ++replaced;
     }
+    workbook.GiveNumberFormats(column, std::exchange(formats, {}));
   }
   return replaced;
 }
@@ -474,7 +499,9 @@ bool ReplaceOne(Workbook& workbook, int row, int column, std::string_view text, 
   if (text.empty()) return false;
   const Matcher matcher(text, options, regional);
   const GridStep step(workbook, "Replace");
-  return matcher.Matches(workbook, row, column) && ReplaceIn(workbook, row, column, matcher, by, regional);
+  const auto made = ReplacedText(workbook, row, column, matcher, by, regional);
+  std::string reason;
+  return made && CommitText(workbook, row, column, *made, regional, reason);
 }
 
 }  // namespace tellurix

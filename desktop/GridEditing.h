@@ -23,19 +23,13 @@ class GridStep {
   Workbook& workbook_;
 };
 
-// Puts a typed text into a cell by Workbook::Enter. False, with the reason, when the cell does not take it.
+// Puts a typed text into a cell by Workbook::Enter; a number's own text leaves it as it is, to the last bit. False,
+// with the reason, when the cell does not take it.
 bool CommitText(Workbook& workbook, int row, int column, std::string_view text, const Regional& regional,
                 std::string& reason);
 
-// What CommitText would make of a text that is no formula.
-struct TypedValue {
-  int type = EmptyCell;  // NumberCell, TextCell or LogicalCell
-  double number = 0;     // of a number or logical (true -1)
-};
-TypedValue ReadTyped(std::string_view text, const Regional& regional);
-
-// A cell as it is edited: a number with the fewest digits that read back exactly, a formula as it was written, a text
-// that would become something else if it were typed behind an apostrophe.
+// A cell as it is edited: a number by TypedText, a formula as it was written, a text that would become something else
+// if it were typed behind an apostrophe.
 std::string EditableText(const Workbook& workbook, int row, int column, const Regional& regional);
 
 // The same of what a cell holds or has come to, its text as it stands.
@@ -51,8 +45,8 @@ std::string LockedText(const Workbook& workbook);
 std::vector<CellRange> BlockOf(const Workbook& workbook);
 
 // Tab-separated lines, each ended by a line feed; fields that hold a tab, a line break or a quote at their start are
-// quoted, with `quoteTexts` every text cell is. `formulas`: a formula as it was written, never quoted; one that holds a
-// tab or a line break goes by its result.
+// quoted, with `quoteTexts` every text cell is, and every number reads back exactly. `formulas`: a formula as it was
+// written, never quoted; one that holds a tab or a line break goes by its result.
 std::string BlockText(const Workbook& workbook, std::span<const CellRange> block, const Regional& regional,
                       bool quoteTexts, bool formulas = false);
 std::string BlockHtml(const Workbook& workbook, std::span<const CellRange> block, const Regional& regional);
@@ -106,7 +100,7 @@ struct PasteRules {
 };
 
 // Writes a block over the cells of a range that fits the sheet, again and again when the range is a multiple of it, as
-// one step.
+// one step. Cells with the number format Text take what is not `quotedAreTexts` as texts.
 void PasteBlock(Workbook& workbook, const TextBlock& block, const CellRange& to, const Regional& regional,
                 const PasteRules& rules);
 
@@ -119,8 +113,8 @@ struct FindOptions {
   bool backwards = false;
 };
 
-// The nearest cell after the given one, round the end of the sheet back to it, whose displayed text, with the
-// decimal symbol of the region, holds the text.
+// The nearest cell after the given one, round the end of the sheet back to it, whose text, as displayed in the region,
+// holds the text.
 bool FindNext(const Workbook& workbook, std::string_view text, const FindOptions& options, const Regional& regional,
               int& row, int& column);
 

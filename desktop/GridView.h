@@ -53,7 +53,8 @@ class GridLooks {
 struct SelectionSummary {
   qint64 count = 0;  // of numbers
   double sum = 0;
-  double mean = 0;  // 0 without numbers
+  double mean = 0;        // 0 without numbers
+  bool areDates = false;  // all of them
 };
 
 class GridView : public QAbstractScrollArea {

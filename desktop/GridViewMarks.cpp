@@ -176,6 +176,8 @@ void GridView::Summarize(qint64 cells) {
         if (cells-- <= 0) return;
         const CellView cell = workbook_.ReadRC(summaryRow_, summaryColumn_);
         if (std::abs(cell.type) != NumberCell) continue;
+        summary_.areDates = (summary_.areDates || summary_.count == 0) &&
+                            workbook_.NumberFormatAt(summaryRow_, summaryColumn_).IsDate();
         ++summary_.count;
         const double sum = summary_.sum + cell.number;
         summaryCarry_ += std::abs(summary_.sum) >= std::abs(cell.number) ? (summary_.sum - sum) + cell.number

@@ -236,15 +236,15 @@ QString InRegion(QString number, const Regional& regional) {
 
 QString FittedNumber(const Workbook& workbook, const Regional& regional, int row, int column, bool keepsDigits,
                      const QFontMetrics& metrics, int width) {
-  const QString shown = FromUtf8(workbook.FormattedTextRC(row, column));
+  const QString shown = FromUtf8(workbook.FormattedTextRC(row, column, regional));
   const auto fits = [&](const QString& text) { return metrics.horizontalAdvance(text) <= width; };
   // Most are so short that no measuring is needed.
   const bool isShort =
       shown.size() * std::max(metrics.horizontalAdvance(u'0'), metrics.horizontalAdvance(u'E')) <= width;
-  if (isShort || fits(shown)) return InRegion(shown, regional);
+  if (isShort || fits(shown)) return shown;
   const double number = workbook.ReadRC(row, column).number;
   const auto byDigits = [&](int digits) { return fmt::format("{:.{}g}", number, digits); };
-  if (shown.contains(u'.') && !keepsDigits) {
+  if (shown.contains(FromUtf8(regional.decimalSymbol)) && !keepsDigits) {
     const bool scientific = shown.contains(u'E') || shown.contains(u'e');
     const int whole = scientific ? 1 : std::abs(number) < 1 ? 1 : static_cast<int>(std::log10(std::abs(number))) + 1;
     for (int digits = 14; digits >= whole; --digits) {
@@ -388,7 +388,7 @@ QString GridView::TipAt(const QPoint& position, QRect& place) const {
   place = CellRect(hit.row, hit.column);
   const bool isNumber = std::abs(workbook_.ReadRC(hit.row, hit.column).type) == NumberCell;
   if (!isNumber || !place.contains(position)) return {};
-  const QString shown = InRegion(FromUtf8(workbook_.FormattedTextRC(hit.row, hit.column)), regional_);
+  const QString shown = FromUtf8(workbook_.FormattedTextRC(hit.row, hit.column, regional_));
   const bool fits = QFontMetrics(font()).horizontalAdvance(shown) <= place.width() - 2 * Padding;
   return fits ? QString() : shown;
 }

@@ -100,7 +100,8 @@ struct CommonLook {
 
 const std::vector<std::string>& NumberKinds() {
   static const std::vector<std::string> kinds{
-      "General", "Fixed decimals", "Thousands, fixed decimals", "Scientific", "Percent", "Date", "Text"};
+      "General", "Fixed decimals", "Thousands, fixed decimals",      "Scientific", "Percent",
+      "Date",    "Date and time",  "Date and time with its seconds", "Text"};
   return kinds;
 }
 
@@ -114,16 +115,20 @@ int KindOf(const NumberFormat& format) {
       return 4;
     case Kind::Date:
       return 5;
-    case Kind::Text:
+    case Kind::DateMinutes:
       return 6;
+    case Kind::DateSeconds:
+      return 7;
+    case Kind::Text:
+      return 8;
     default:
       return 0;
   }
 }
 
 NumberFormat FormatOf(int kind, int decimals) {
-  constexpr std::array forms{Kind::General, Kind::Fixed, Kind::Fixed, Kind::Scientific,
-                             Kind::Percent, Kind::Date,  Kind::Text};
+  constexpr std::array forms{Kind::General, Kind::Fixed,       Kind::Fixed,       Kind::Scientific, Kind::Percent,
+                             Kind::Date,    Kind::DateMinutes, Kind::DateSeconds, Kind::Text};
   return {forms[static_cast<std::size_t>(kind)], decimals, kind == 2};
 }
 
@@ -178,17 +183,17 @@ CommonLook CommonOf(const Workbook& workbook, const std::vector<CellRange>& rang
 
 // --- number formats ---
 
-void AddNumberFormat(Form& form, const CommonLook& common, double sample) {
+void AddNumberFormat(Form& form, const CommonLook& common, double sample, const Regional& regional) {
   AddChoice(form, "number", "&Number format:", NumberKinds(), common.kind);
   form.AddText("decimals", "&Decimals (0 to 15):", common.decimals ? std::to_string(*common.decimals) : "");
   form.AddLabel("sample", "");
-  const auto show = [&form, sample] {
+  const auto show = [&form, sample, &regional] {
     const auto kind = ChoiceOf(form, "number");
     form.Update("decimals", [&](Control& entry) { entry.enabled = kind && HasDecimals(*kind); });
     const auto decimals = ReadNumber(form.ValueOf("decimals"), Regional());
     std::string text;
     if (kind && (decimals || !HasDecimals(*kind))) {
-      text = "Sample: " + FormatNumber(sample, FormatOf(*kind, static_cast<int>(decimals.value_or(0))));
+      text = "Sample: " + FormatNumber(sample, FormatOf(*kind, static_cast<int>(decimals.value_or(0))), regional);
     }
     form.Update("sample", [&](Control& label) { label.caption = text; });
   };
@@ -294,7 +299,7 @@ void FormatCells(MainWindow& main, GridView& grid) {
   const std::string defaultSize = fmt::format("Default ({})", NumberText(book.Settings().fontSize, regional));
 
   Form form("FormatCells", "Format Cells");
-  AddNumberFormat(form, common, std::abs(active.type) == NumberCell ? active.number : 1234.5);
+  AddNumberFormat(form, common, std::abs(active.type) == NumberCell ? active.number : 1234.5, regional);
   std::vector<std::string> families = FontFamilies();
   families.insert(families.begin(), defaultFont);
   AddEntry(form, "font", "&Font:", std::move(families),
@@ -383,7 +388,7 @@ void DescribeColumn(MainWindow& main, GridView& grid) {
                                      numbers, texts, missing));
   form.AddText("heading", "&Heading:", book.ColText(column));
   form.AddText("width", "&Width (characters):", NumberText(width, regional));
-  AddNumberFormat(form, common, sample.value_or(1234.5));
+  AddNumberFormat(form, common, sample.value_or(1234.5), regional);
   AddOkAndCancel(form);
   LookChange change;
   std::optional<double> wanted;

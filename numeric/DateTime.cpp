@@ -171,8 +171,13 @@ std::size_t StartOfTime(std::string_view text) {
 
 std::optional<Moment> MomentOfSerial(double serial) {
   if (!(serial >= LeastSerial && serial < EndSerial)) return std::nullopt;
-  return Moment{static_cast<std::int64_t>(std::llround(serial * static_cast<double>(Day))), true};
+  const std::int64_t milliseconds = std::llround(serial * static_cast<double>(Day));
+  // Just before the end it would be the next day, of no year that there is.
+  if (milliseconds >= static_cast<std::int64_t>(EndSerial) * Day) return std::nullopt;
+  return Moment{milliseconds, true};
 }
+
+double SerialOf(const Moment& moment) { return static_cast<double>(moment.milliseconds) / static_cast<double>(Day); }
 
 std::optional<Moment> ReadMoment(std::string_view text, const Regional& regional) {
   text = Trim(text);
@@ -195,6 +200,21 @@ std::string DateText(const Moment& moment, const Regional& regional) {
   std::string text = ReplaceAll(regional.dateForm, "yyyy", fmt::format("{:04}", static_cast<int>(date.year())));
   text = ReplaceAll(text, "mm", fmt::format("{:02}", static_cast<unsigned>(date.month())));
   return ReplaceAll(text, "dd", fmt::format("{:02}", static_cast<unsigned>(date.day())));
+}
+
+std::string TimeText(const Moment& moment, TimeForm form, const Regional& regional) {
+  const std::int64_t ofDay = moment.milliseconds - FloorDivide(moment.milliseconds, Day) * Day;
+  std::string text = fmt::format("{:02}:{:02}", ofDay / Hour, ofDay % Hour / Minute);
+  if (form != TimeForm::Minutes) text += fmt::format(":{:02}", ofDay % Minute / Second);
+  // Of decimal symbols a time knows these two.
+  const char point = regional.decimalSymbol == "," ? ',' : '.';
+  if (form == TimeForm::Milliseconds) text += fmt::format("{}{:03}", point, ofDay % Second);
+  return text;
+}
+
+TimeForm TimeFormOf(const Moment& moment) {
+  if (moment.milliseconds % Second != 0) return TimeForm::Milliseconds;
+  return moment.milliseconds % Minute != 0 ? TimeForm::Seconds : TimeForm::Minutes;
 }
 
 std::int64_t IntervalBetween(const Moment& from, const Moment& to, IntervalUnit unit) {

@@ -21,6 +21,7 @@ struct Moment {
 // Of a serial number of days since 1899-12-30, the time of day as its fraction, to the nearest millisecond; nothing
 // outside the years.
 std::optional<Moment> MomentOfSerial(double serial);
+double SerialOf(const Moment& moment);
 
 // Reads a date, a date and a time of day, or a time of day. Dates: ISO "2001-03-12" (also with "/" or "."); with the
 // year last in the order of the regional short date ("12.03.2001", "3/12/01"; a year of two figures lies from 1930 to
@@ -31,6 +32,12 @@ std::optional<Moment> ReadMoment(std::string_view text, const Regional& regional
 
 // The date in the form of the region's short date ("dd.mm.yyyy").
 std::string DateText(const Moment& moment, const Regional& regional);
+
+enum class TimeForm { Minutes, Seconds, Milliseconds };
+// The time of day, "13:45", "13:45:10" or "13:45:10.500" with the region's decimal symbol; what is finer is cut off.
+std::string TimeText(const Moment& moment, TimeForm form, const Regional& regional);
+// The coarsest form that says all of the time of day.
+TimeForm TimeFormOf(const Moment& moment);
 
 enum class IntervalUnit { Years, Months, Weeks, Days, Hours, Minutes, Seconds };
 

@@ -9,12 +9,15 @@
 
 #include "numeric/Text.h"
 #include "report/Value.h"
+#include "workbook/TypedText.h"
 
 namespace tellurix {
 
 namespace {
 
-constexpr std::array<std::string_view, 6> FormNames = {"general", "fixed", "scientific", "percent", "date", "text"};
+// In the order of NumberFormat::Form.
+constexpr std::array<std::string_view, 8> FormNames = {"general", "fixed", "scientific",   "percent",
+                                                       "date",    "text",  "date-minutes", "date-seconds"};
 
 bool HasDecimals(NumberFormat::Form form) {
   return form == NumberFormat::Form::Fixed || form == NumberFormat::Form::Scientific ||
@@ -118,31 +121,24 @@ class EditStep {
     return ReadRange(text, range) || Fail(fmt::format("{} is not a range", QuotedText(Word(1))));
   }
 
-  // A word without quotes is a number or logical. A quoted one is a text, but for a formula that begins with "=", and
-  // for an apostrophe in front, which says that the rest is a text.
+  // A word without quotes is a number, logical, percentage or date, as if it were typed. A quoted one is a text, but
+  // for a formula that begins with "=", and for an apostrophe in front, which says that the rest is a text.
   bool CanEnter(const ScriptWord& word) {
-    return word.quoted || ReadNumber(word.text, regional_) || ReadLogical(word.text) ||
-           Fail(fmt::format("{} is not a number: texts stand in quotes", word.text));
-  }
-
-  static std::optional<bool> ReadLogical(const std::string& text) {
-    if (EqualNoCase(text, "TRUE")) return true;
-    if (EqualNoCase(text, "FALSE")) return false;
-    return std::nullopt;
+    return word.quoted || ReadTyped(word.text, regional_).type != TextCell ||
+           Fail(fmt::format("{} is neither a number nor a date: texts stand in quotes", word.text));
   }
 
   void Enter(int row, int column, const ScriptWord& word) {
     const std::string& text = word.text;
-    if (word.quoted && text.starts_with('=')) return EnterFormula(row, column, text);
+    if (word.quoted && text.starts_with('=')) return EnterInAnyFormat(row, column, text);
     if (word.quoted) return book_->TextRC(row, column, std::string_view(text).substr(text.starts_with('\'') ? 1 : 0));
-    if (const auto number = ReadNumber(text, regional_)) return book_->NumberRC(row, column, *number);
-    book_->SetLogical(row, column, *ReadLogical(text));
+    EnterInAnyFormat(row, column, text);
   }
 
-  // A formula it is, even in a cell where what a person types stays text.
-  void EnterFormula(int row, int column, const std::string& text) {
+  // A formula, number or date it is, even in a cell where what a person types stays text.
+  void EnterInAnyFormat(int row, int column, const std::string& text) {
     const CellRange cell{row, column, row, column};
-    const NumberFormat format = book_->LookAt(row, column).number;
+    const NumberFormat format = book_->NumberFormatAt(row, column);
     const bool isText = format.form == NumberFormat::Form::Text;
     if (isText) book_->SetLook(cell, {.number = NumberFormat()});
     book_->Enter(row, column, text, regional_);
@@ -222,13 +218,23 @@ class EditStep {
   Workbook* book_ = nullptr;
 };
 
+// An ISO date in one word, where it is the very number.
+std::optional<std::string> DateWord(double number, const NumberFormat& format) {
+  if (!format.IsDate()) return std::nullopt;
+  const Regional iso;
+  const std::string word = ReplaceAll(TypedText(number, format, iso), " ", "T");
+  const TypedValue read = ReadTyped(word, iso);
+  return read.format && read.number == number ? std::optional(word) : std::nullopt;
+}
+
 // What is entered to have the cell as it stands.
 std::string CellWord(const Workbook& workbook, int row, int column) {
   if (const std::string formula = workbook.FormulaText(row, column); !formula.empty()) return QuotedText(formula);
   const CellView cell = workbook.ReadRC(row, column);
   switch (cell.type) {
     case NumberCell:
-      return fmt::format("{}", cell.number);  // the shortest that reads back
+      return DateWord(cell.number, workbook.NumberFormatAt(row, column))
+          .value_or(fmt::format("{}", cell.number));  // the shortest that reads back
     case LogicalCell:
       return cell.number != 0 ? "TRUE" : "FALSE";
     case TextCell: {

@@ -3,9 +3,9 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cmath>
 
+#include "numeric/DateTime.h"
 #include "numeric/Rounding.h"
 
 namespace tellurix {
@@ -14,8 +14,6 @@ namespace {
 
 constexpr int MostDecimals = 15;
 constexpr double LargestFixed = 1e15;
-constexpr double FirstDay = -693593;  // 0001-01-01
-constexpr double LastDay = 2958465;   // 9999-12-31
 
 std::string Fixed(double value, int decimals) {
   std::string text = FixedText(value, decimals);
@@ -34,17 +32,18 @@ std::string Grouped(std::string text) {
   return text;
 }
 
-std::string DateText(double value) {
-  using std::chrono::days;
-  const std::chrono::sys_days epoch = std::chrono::year(1899) / 12 / 30;
-  const std::chrono::year_month_day date(epoch + days(static_cast<int>(std::floor(value))));
-  return fmt::format("{:04}-{:02}-{:02}", static_cast<int>(date.year()), static_cast<unsigned>(date.month()),
-                     static_cast<unsigned>(date.day()));
+// Empty for what is no date.
+std::string ShownDate(double value, NumberFormat::Form form, const Regional& regional) {
+  const auto moment = MomentOfSerial(value);
+  if (!moment) return {};
+  std::string text = DateText(*moment, regional);
+  if (form == NumberFormat::Form::DateMinutes) text += " " + TimeText(*moment, TimeForm::Minutes, regional);
+  if (form == NumberFormat::Form::DateSeconds) text += " " + TimeText(*moment, TimeForm::Seconds, regional);
+  return text;
 }
 
-}  // namespace
-
-std::string FormatNumber(double value, const NumberFormat& format) {
+// By any format but that of a date.
+std::string PlainNumber(double value, const NumberFormat& format) {
   const int decimals = std::clamp(format.decimals, 0, MostDecimals);
   switch (format.form) {
     case NumberFormat::Form::Fixed:
@@ -55,13 +54,24 @@ std::string FormatNumber(double value, const NumberFormat& format) {
       return Fixed(value * 100, decimals) + "%";
     case NumberFormat::Form::Scientific:
       return fmt::format("{:.{}E}", value, decimals);
-    case NumberFormat::Form::Date:
-      if (value < FirstDay || value >= LastDay + 1) break;
-      return DateText(value);
     default:
       break;
   }
   return GeneralText(value);
+}
+
+}  // namespace
+
+std::string FormatNumber(double value, const NumberFormat& format) {
+  static const Regional plain;
+  return FormatNumber(value, format, plain);
+}
+
+std::string FormatNumber(double value, const NumberFormat& format, const Regional& regional) {
+  if (format.IsDate()) {
+    if (std::string date = ShownDate(value, format.form, regional); !date.empty()) return date;
+  }
+  return Localized(PlainNumber(value, format), regional);
 }
 
 CellLook LookChange::AppliedTo(CellLook look) const {

@@ -8,24 +8,28 @@
 #include <utility>
 #include <vector>
 
+#include "numeric/Regional.h"
 #include "workbook/GridStore.h"
 
 namespace tellurix {
 
 struct NumberFormat {
-  // General: up to 15 digits. Date: a serial day number (days since 1899-12-30) as yyyy-mm-dd. Text: as General, but
-  // what is typed into the cell stays a text.
-  enum class Form : std::uint8_t { General, Fixed, Scientific, Percent, Date, Text };
+  // General: up to 15 digits. Date: a serial day number (days since 1899-12-30) as the region's short date; DateMinutes
+  // and DateSeconds with the time of day, hh:mm and hh:mm:ss, behind it. Text: as General, but what is typed into the
+  // cell stays a text. Files hold these by their number.
+  enum class Form : std::uint8_t { General, Fixed, Scientific, Percent, Date, Text, DateMinutes, DateSeconds };
   Form form = Form::General;
   int decimals = 2;       // 0 to 15; of Fixed, Scientific and Percent
   bool grouping = false;  // "," between thousands; of Fixed
 
+  bool IsDate() const { return form == Form::Date || form == Form::DateMinutes || form == Form::DateSeconds; }
   bool operator==(const NumberFormat&) const = default;
 };
 
-// A number as it is displayed. What a format cannot show (no date, 1e15 and more with fixed decimals) is shown as
-// General.
+// A number as it is displayed, by default with ISO dates and "." as decimal symbol. What a format cannot show (no date,
+// 1e15 and more with fixed decimals) is shown as General.
 std::string FormatNumber(double value, const NumberFormat& format);
+std::string FormatNumber(double value, const NumberFormat& format, const Regional& regional);
 
 inline constexpr int NoColour = -1;  // the text in the window's colour, no fill
 

@@ -1,11 +1,13 @@
 #include "workbook/Workbook.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <utility>
 
 #include "numeric/Rounding.h"
 #include "numeric/Text.h"
+#include "workbook/TypedText.h"
 #include "workbook/WorkbookData.h"
 
 namespace tellurix {
@@ -71,6 +73,12 @@ std::string Workbook::FormattedTextRC(int row, int column) const {
   return runs ? FormatNumber(cell.number, looks_[runs->At(row)].number) : Displayed(cell);
 }
 
+std::string Workbook::FormattedTextRC(int row, int column, const Regional& regional) const {
+  const CellView cell = ReadRC(row, column);
+  if (std::abs(cell.type) != NumberCell) return Displayed(cell);
+  return FormatNumber(cell.number, NumberFormatAt(row, column), regional);
+}
+
 void Workbook::NumberRC(int row, int column, double value) {
   if (!std::isfinite(value)) return TextRC(row, column, MissingMark);
   if (!Fits(row, column) || IsRefused()) return;
@@ -111,14 +119,15 @@ void Workbook::SetFormula(int row, int column, std::string_view formula, const F
 }
 
 void Workbook::Enter(int row, int column, std::string_view text, const Regional& regional) {
-  if (LookAt(row, column).number.form == NumberFormat::Form::Text) return TextRC(row, column, text);
+  if (NumberFormatAt(row, column).form == NumberFormat::Form::Text) return TextRC(row, column, text);
   if (text.size() > 1 && text[0] == '=') return PutFormula(row, column, std::make_shared<Formula>(text));
   if (text.starts_with('\'')) return TextRC(row, column, text.substr(1));
-  if (const auto number = ReadNumber(text, regional)) return NumberRC(row, column, *number);
-  const std::string_view word = Trim(text);
-  const bool isTrue = EqualNoCase(word, "TRUE");
-  if (isTrue || EqualNoCase(word, "FALSE")) return SetLogical(row, column, isTrue);
-  TextRC(row, column, text);
+  const TypedValue value = ReadTyped(text, regional);
+  if (value.type == LogicalCell) return SetLogical(row, column, value.number != 0);
+  if (value.type != NumberCell) return TextRC(row, column, text);
+  const AutoStep step(*this, "Enter");
+  NumberRC(row, column, value.number);
+  if (value.format) GiveNumberFormats(column, std::array{FormatRun{row, row, *value.format}});
 }
 
 FormulaResult Workbook::Compute(std::string_view formula) const {

@@ -120,10 +120,12 @@ class Workbook final : public GridStore {
   std::string TextRC(int row, int column) const override;
   void TextRC(int row, int column, std::string_view text) override;
   std::string FormattedTextRC(int row, int column) const override;  // by the number format; logicals TRUE and FALSE
+  // The same with numbers and dates as the region writes them.
+  std::string FormattedTextRC(int row, int column, const Regional& regional) const;
   void SetLogical(int row, int column, bool value);
-  // What a person types: nothing clears the cell, "=" and more is a formula, a number by the regional rule a number,
-  // TRUE or FALSE a logical; anything else is a text, as is what follows a leading apostrophe and all that is typed
-  // into a cell with the number format Text.
+  // What a person types: nothing clears the cell, "=" and more is a formula; else it is what ReadTyped makes of it, and
+  // a date or percentage gives its format to a cell that has none. What follows a leading apostrophe is a text, and so
+  // is all that is typed into a cell with the number format Text.
   void Enter(int row, int column, std::string_view text, const Regional& regional);
   // A formula with the result that it is known to have, which stays until something that it refers to changes.
   void SetFormula(int row, int column, std::string_view formula, const FormulaResult& result);
@@ -196,6 +198,7 @@ class Workbook final : public GridStore {
   void SetRowHeight(int row, double height) { SetRowHeight(row, row, height); }
   bool IsRowHidden(int row) const { return RowHeight(row) == 0; }
   CellLook LookAt(int row, int column) const;  // plain beyond the sheet
+  NumberFormat NumberFormatAt(int row, int column) const;
   // The looks down a column: where each begins, the first one in row 1, the last one without end.
   struct LookRun {
     int firstRow = 1;
@@ -204,6 +207,14 @@ class Workbook final : public GridStore {
   std::vector<LookRun> LooksDown(int column) const;
   int LastLookColumn() const;                                      // the columns behind it are plain
   bool SetLook(const CellRange& range, const LookChange& change);  // false, and nothing changed, off the sheet
+  // Number formats for runs of rows down a column, ascending and apart; cells with a format other than General keep it.
+  // A column of the default width grows to show the dates.
+  struct FormatRun {
+    int firstRow = 1;
+    int lastRow = 1;
+    NumberFormat format;
+  };
+  bool GiveNumberFormats(int column, std::span<const FormatRun> runs);
 
   // --- settings ---
   const SheetSettings& SettingsOfSheet() const;

@@ -17,6 +17,20 @@ constexpr double WidestFit = 60;
 constexpr int FirstCellsFitted = 1000;
 constexpr int SampledCellsFitted = 1000;
 
+// Characters of "2001-03-12 13:45:10" and its beginnings; 0 of other formats.
+std::size_t WidthOfDate(NumberFormat::Form form) {
+  switch (form) {
+    case NumberFormat::Form::Date:
+      return 10;
+    case NumberFormat::Form::DateMinutes:
+      return 16;
+    case NumberFormat::Form::DateSeconds:
+      return 19;
+    default:
+      return 0;
+  }
+}
+
 }  // namespace
 
 std::string Workbook::ColText(int column) const { return Active().HeadingAt(ColumnHeadings, column); }
@@ -140,6 +154,11 @@ CellLook Workbook::LookAt(int row, int column) const {
   return runs && row >= 1 ? looks_[runs->At(row)] : CellLook();
 }
 
+NumberFormat Workbook::NumberFormatAt(int row, int column) const {
+  const auto& runs = LookRunsAt(column);
+  return runs && row >= 1 ? looks_[runs->At(row)].number : NumberFormat();
+}
+
 std::vector<Workbook::LookRun> Workbook::LooksDown(int column) const {
   std::vector<LookRun> looks;
   const auto& runs = LookRunsAt(column);
@@ -159,7 +178,8 @@ std::uint32_t Workbook::NumberOf(const CellLook& look) {
   return number;
 }
 
-// Gives the active sheet other looks. Within a step.
+// Gives the active sheet other looks. Within a step, of which only the first looks need a record while nothing else
+// has one.
 void Workbook::ReplaceLooks(SheetLooks looks) {
   const SheetLooks& old = *Active().looks;
   for (std::size_t i = 0; i < looks.size(); ++i) {
@@ -170,8 +190,11 @@ void Workbook::ReplaceLooks(SheetLooks looks) {
   while (!looks.empty() && !looks.back()) looks.pop_back();
   const SheetRef& sheet = sheets_[static_cast<std::size_t>(active_)];
   if (looks == *sheet->looks) return;
-  if (logging_) open_->bytes += sheet->looks->size() * sizeof(looks[0]);
-  Log(LooksChange{sheet, sheet->looks});
+  const auto* last = open_->log.empty() ? nullptr : std::get_if<LooksChange>(&open_->log.back());
+  if (!last || last->sheet != sheet) {
+    if (logging_) open_->bytes += sheet->looks->size() * sizeof(looks[0]);
+    Log(LooksChange{sheet, sheet->looks});
+  }
   sheet->looks = std::make_shared<const SheetLooks>(std::move(looks));
 }
 
@@ -204,6 +227,47 @@ bool Workbook::SetLook(const CellRange& range, const LookChange& change) {
   }
   ReplaceLooks(std::move(looks));
   Touch(WorkbookChange::Kind::Looks, range.firstRow, range.firstColumn, range.lastRow, range.lastColumn);
+  return true;
+}
+
+bool Workbook::GiveNumberFormats(int column, std::span<const FormatRun> runs) {
+  if (runs.empty()) return true;
+  if (!Fits(runs.front().firstRow, column) || !Fits(runs.back().lastRow, column) || IsRefused()) return false;
+  const AutoStep step(*this, "Format");
+  std::vector<std::pair<int, std::uint32_t>> given;  // the looks that come of it
+  auto run = runs.begin();
+  const auto give = [&](int firstRow, int lastRow, std::uint32_t look) {
+    int row = firstRow;
+    const bool isGeneral = looks_[look].number.form == NumberFormat::Form::General;
+    while (run != runs.end() && run->lastRow < firstRow) ++run;
+    for (auto next = run; isGeneral && next != runs.end() && next->firstRow <= lastRow; ++next) {
+      if (next->firstRow > row) given.emplace_back(row, look);
+      const LookChange change{.number = next->format};
+      given.emplace_back(std::max(next->firstRow, row), NumberOf(change.AppliedTo(looks_[look])));
+      row = next->lastRow + 1;
+    }
+    if (row <= lastRow) given.emplace_back(row, look);
+  };
+  int firstRow = 1;
+  std::uint32_t look = 0;
+  if (const auto& before = LookRunsAt(column)) {
+    before->EachRun([&](int row, std::uint32_t next) {
+      if (row > firstRow) give(firstRow, row - 1, look);
+      firstRow = row;
+      look = next;
+    });
+  }
+  give(firstRow, MaxRows, look);
+  SheetLooks looks = *Active().looks;
+  looks.resize(std::max(looks.size(), static_cast<std::size_t>(column)));
+  looks[Index(column)] = std::make_shared<const LookRuns>(given);
+  ReplaceLooks(std::move(looks));
+  Touch(WorkbookChange::Kind::Looks, runs.front().firstRow, column, runs.back().lastRow, column);
+  std::size_t widest = 0;
+  for (const FormatRun& each : runs) widest = std::max(widest, WidthOfDate(each.format.form));
+  if (ColumnWidth(column) == settings_.columnWidth && settings_.columnWidth < static_cast<double>(widest)) {
+    SetColumnWidth(column, static_cast<double>(widest));
+  }
   return true;
 }
 

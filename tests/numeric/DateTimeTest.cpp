@@ -76,7 +76,14 @@ TEST(DateTime, SerialNumbersKeepTheirTime) {
   EXPECT_EQ(IntervalBetween(*MomentOfSerial(45000), *MomentOfSerial(45000 + 1.0 / 3), IntervalUnit::Hours), 8);
   EXPECT_EQ(MomentOfSerial(-693594), std::nullopt);
   EXPECT_EQ(MomentOfSerial(2958466), std::nullopt);
+  EXPECT_EQ(MomentOfSerial(2958465.9999999995), std::nullopt) << "the year 10000 to the millisecond";
   EXPECT_EQ(DateText(*MomentOfSerial(-0.5), {.dateForm = "dd.mm.yyyy"}), "29.12.1899");
+  EXPECT_EQ(SerialOf(*ReadMoment("2001-03-13 12:00", {})), 36963.5);
+  const Moment late = *ReadMoment("1899-12-29 23:59:59.25", {});
+  EXPECT_EQ(SerialOf(late), -0.75 / 86400);
+  EXPECT_EQ(TimeFormOf(late), TimeForm::Milliseconds);
+  EXPECT_EQ(TimeText(late, TimeForm::Minutes, {}), "23:59");
+  EXPECT_EQ(TimeText(late, TimeForm::Milliseconds, {.decimalSymbol = ","}), "23:59:59,250");
 }
 
 }  // namespace

@@ -83,9 +83,9 @@ expect cell D3 "=not a formula"
   EXPECT_EQ(book.TypeRC(2, 3), EmptyCell);
   EXPECT_EQ(book.TypeRC(3, 3), LogicalCell);
 
-  for (const char* wrong :
-       {"cells", "cells A0 1", "cells A1 word", "cells Nowhere!A1 1", "cells XFD1 1 2", "workbook 3", "report 1",
-        "rename sheet \"Sheet1\"", "delete sheet \"x\"", "format A1 blue", "heading A", "close report", "sheet 9"}) {
+  for (const char* wrong : {"cells", "cells A0 1", "cells A1 word", "cells Nowhere!A1 1", "cells XFD1 1 2",
+                            "workbook 3", "report 1", "cells A1 12/03/2001", "cells A1 1:40", "rename sheet \"Sheet1\"",
+                            "delete sheet \"x\"", "format A1 blue", "heading A", "close report", "sheet 9"}) {
     EXPECT_NE(Play(player, wrong), "") << wrong;
   }
   EXPECT_EQ(book.TypeRC(1, 1), EmptyCell);
@@ -114,6 +114,38 @@ run "Analysis/Parametric/Single Sample t"
   ASSERT_EQ(Play(again, player.Recording()), "");
   ExpectSame(player, again);
   EXPECT_EQ(WriteRtf(again.PlayedDocuments().ReportAt(0).text), WriteRtf(player.PlayedDocuments().ReportAt(0).text));
+}
+
+// Typed in one region, played in another.
+TEST(HandEdits, DatesAreThoseThatWereTyped) {
+  ScriptPlayer player(ScriptPaths(Root));
+  Workbook& book = player.PlayedDocuments().NewWorkbook();
+  player.Record();
+  const Regional german{",", ".", "dd.mm.yyyy"};
+  int row = 0;
+  for (const char* text : {"12.03.2001", "13.03.2001 06:00", "13.03.2001 08:00:01", "12,5%", "'14.03.2001", "14/3"}) {
+    book.Enter(++row, 2, text, german);
+  }
+  book.Enter(++row, 2, "15.03.2001", german);
+  book.SetLook({row, 2, row, 2}, {.number = NumberFormat()});  // as the number that it is
+  book.Enter(++row, 2, "12.03.2001", german);
+  book.NumberRC(row, 2, 36962.123456789);
+  const std::string steps = "run M_t_Single\n  cells A1 7 / 2001-03-12 / 8\n  select A1:A3\n  press OK\n";
+  ASSERT_EQ(Play(player, steps), "");
+  EXPECT_TRUE(player.Recording().starts_with(R"(new workbook
+cells B1 2001-03-12 / 2001-03-13T06:00 / 2001-03-13T08:00:01 / 0.125 / "14.03.2001" / "14/3" / 36965
+cells B8 36962.123456789
+)")) << player.Recording();
+  ScriptPlayer again(ScriptPaths(Root));
+  ASSERT_EQ(Play(again, player.Recording()), "");
+  ExpectSame(player, again);
+  const Workbook& played = again.PlayedDocuments().WorkbookAt(0);
+  EXPECT_EQ(played.NumberRC(1, 2), 36962);
+  EXPECT_EQ(played.FormattedTextRC(2, 2), "2001-03-13 06:00");
+  EXPECT_EQ(played.FormattedTextRC(4, 2), "12.5%");
+  EXPECT_EQ(played.FormattedTextRC(7, 2), "36965");
+  EXPECT_EQ(played.FormattedTextRC(8, 2), "2001-03-12");
+  EXPECT_EQ(played.FormattedTextRC(2, 1), "2001-03-12");
 }
 
 // Anything that is done by hand, in any order, undone and redone.

@@ -51,6 +51,10 @@ TEST(CellLooks, NumbersAreFormatted) {
       {45351, {Form::Date}, "2024-02-29"},
       {2958465.9, {Form::Date}, "9999-12-31"},
       {2958466, {Form::Date}, "2958466"},
+      {36526.75, {Form::DateMinutes}, "2000-01-01 18:00"},
+      {36526 + 59.9 / 86400, {Form::DateSeconds}, "2000-01-01 00:00:59"},
+      {-0.25, {Form::DateSeconds}, "1899-12-29 18:00:00"},
+      {1e9, {Form::DateMinutes}, "1000000000"},
       {-1e300, {Form::Date}, "-1E+300"},
       {0.5, {Form::Text}, "0.5"}};
   for (const auto& [value, format, shown] : table) {

@@ -35,7 +35,7 @@ std::optional<Moment> MomentOfCell(const Workbook& workbook, int row, int column
   const CellView cell = workbook.ReadRC(row, column);
   if (std::abs(cell.type) == TextCell) return ReadMoment(cell.text, regional);
   if (std::abs(cell.type) != NumberCell) return std::nullopt;
-  if (workbook.LookAt(row, column).number.form != NumberFormat::Form::Date) return std::nullopt;
+  if (!workbook.NumberFormatAt(row, column).IsDate()) return std::nullopt;
   return MomentOfSerial(cell.number);
 }
 

@@ -3,8 +3,8 @@
 #include <cmath>
 #include <iterator>
 
-#include "workbook/WorkbookContents.h"
 #include "workbook/FileBeside.h"
+#include "workbook/WorkbookContents.h"
 #include "workbook/files/HtmlTables.h"
 
 namespace tellurix {
@@ -133,7 +133,7 @@ class HtmlPage {
     text_ += '>';
     if (!isNumber) {
       text_ += Escaped(Displayed(cell));
-    } else if (withLooks_ || book_.Looks()[look].number.form == NumberFormat::Form::Date) {
+    } else if (withLooks_ || book_.Looks()[look].number.IsDate()) {
       text_ += FormatNumber(cell.number, book_.Looks()[look].number);
     } else {
       Put("{}", cell.number);

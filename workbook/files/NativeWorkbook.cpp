@@ -432,7 +432,7 @@ class NativeReader {
     return !query.Failed();
   }
 
-  static constexpr auto MostForm = static_cast<std::uint8_t>(NumberFormat::Form::Text);
+  static constexpr auto MostForm = static_cast<std::uint8_t>(NumberFormat::Form::DateSeconds);
   static constexpr auto MostAlignment = static_cast<std::uint8_t>(CellLook::Alignment::Right);
   static constexpr double LargestFont = 1000;
   static bool IsColour(int colour) { return colour >= NoColour && colour <= 0xFFFFFF; }

@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "numeric/Text.h"
-#include "workbook/WorkbookContents.h"
 #include "workbook/FileBeside.h"
+#include "workbook/WorkbookContents.h"
 #include "workbook/files/ZipFile.h"
 
 namespace tellurix {
@@ -162,6 +162,12 @@ class Styles {
         break;
       case Form::Date:
         code = "yyyy\\-mm\\-dd";
+        break;
+      case Form::DateMinutes:
+        code = "yyyy\\-mm\\-dd hh:mm";
+        break;
+      case Form::DateSeconds:
+        code = "yyyy\\-mm\\-dd hh:mm:ss";
         break;
     }
     return OwnFormats + Place(formats_, code);
@@ -369,7 +375,7 @@ class XlsxPackage {
   double Serial(double number, std::uint32_t look) const {
     constexpr double FirstDay = 2, FirstCommonDay = 61;
     const bool isEarly = number >= FirstDay && number < FirstCommonDay;
-    return isEarly && book_.Looks()[look].number.form == NumberFormat::Form::Date ? number - 1 : number;
+    return isEarly && book_.Looks()[look].number.IsDate() ? number - 1 : number;
   }
 
   void PutText(std::string_view text) {

@@ -245,7 +245,7 @@ bool ImportedBook::ShiftDates() {
     const auto [sheet, column] = place;
     workbook_.Sheet(sheet);
     for (const ColumnLook& look : looks) {
-      if (looks_[look.look].number.form != NumberFormat::Form::Date) continue;
+      if (!looks_[look.look].number.IsDate()) continue;
       const int last = std::min(look.lastRow, workbook_.LastRow());
       for (int row = look.firstRow; row <= last; ++row) {
         // Overlapping looks would shift a cell twice.
