@@ -100,8 +100,8 @@ struct CommonLook {
 
 const std::vector<std::string>& NumberKinds() {
   static const std::vector<std::string> kinds{
-      "General", "Fixed decimals", "Thousands, fixed decimals",      "Scientific", "Percent",
-      "Date",    "Date and time",  "Date and time with its seconds", "Text"};
+      "General", "Fixed decimals", "Thousands, fixed decimals",  "Scientific", "Percent",
+      "Date",    "Date and time",  "Date and time with seconds", "Text"};
   return kinds;
 }
 

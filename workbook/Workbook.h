@@ -208,7 +208,7 @@ class Workbook final : public GridStore {
   int LastLookColumn() const;                                      // the columns behind it are plain
   bool SetLook(const CellRange& range, const LookChange& change);  // false, and nothing changed, off the sheet
   // Number formats for runs of rows down a column, ascending and apart; cells with a format other than General keep it.
-  // A column of the default width grows to show the dates.
+  // A column of the default width, or that of shorter dates, grows to show the dates.
   struct FormatRun {
     int firstRow = 1;
     int lastRow = 1;

@@ -18,7 +18,7 @@ constexpr int FirstCellsFitted = 1000;
 constexpr int SampledCellsFitted = 1000;
 
 // Characters of "2001-03-12 13:45:10" and its beginnings; 0 of other formats.
-std::size_t WidthOfDate(NumberFormat::Form form) {
+double WidthOfDate(NumberFormat::Form form) {
   switch (form) {
     case NumberFormat::Form::Date:
       return 10;
@@ -178,8 +178,7 @@ std::uint32_t Workbook::NumberOf(const CellLook& look) {
   return number;
 }
 
-// Gives the active sheet other looks. Within a step, of which only the first looks need a record while nothing else
-// has one.
+// Gives the active sheet other looks. Within a step; of changes that follow one another only the first is recorded.
 void Workbook::ReplaceLooks(SheetLooks looks) {
   const SheetLooks& old = *Active().looks;
   for (std::size_t i = 0; i < looks.size(); ++i) {
@@ -263,11 +262,11 @@ bool Workbook::GiveNumberFormats(int column, std::span<const FormatRun> runs) {
   looks[Index(column)] = std::make_shared<const LookRuns>(given);
   ReplaceLooks(std::move(looks));
   Touch(WorkbookChange::Kind::Looks, runs.front().firstRow, column, runs.back().lastRow, column);
-  std::size_t widest = 0;
+  double widest = 0;
   for (const FormatRun& each : runs) widest = std::max(widest, WidthOfDate(each.format.form));
-  if (ColumnWidth(column) == settings_.columnWidth && settings_.columnWidth < static_cast<double>(widest)) {
-    SetColumnWidth(column, static_cast<double>(widest));
-  }
+  const double width = ColumnWidth(column);
+  const bool hasOwnWidth = width != settings_.columnWidth && width != WidthOfDate(NumberFormat::Form::DateMinutes);
+  if (!hasOwnWidth && width < widest) SetColumnWidth(column, widest);
   return true;
 }
 

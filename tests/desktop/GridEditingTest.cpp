@@ -230,6 +230,11 @@ TEST(TypedDates, ComeWithTheirFormatInOneStep) {
   ASSERT_TRUE(cell.book.Redo());
   EXPECT_EQ(cell.Form(), NumberForm::DateMinutes);
   EXPECT_EQ(cell.book.LookAt(2, 1), CellLook());
+  cell.book.Enter(2, 1, "12/03/2001 13:45:10", British);
+  EXPECT_GE(cell.book.ColumnWidth(1), 19);
+  cell.book.SetColumnWidth(1, 12);
+  cell.book.Enter(3, 1, "12/03/2001 13:45:10", British);
+  EXPECT_EQ(cell.book.ColumnWidth(1), 12) << "a width that someone chose stays";
 }
 
 TEST(TypedDates, HeedFormatsAndApostrophes) {

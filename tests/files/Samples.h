@@ -127,6 +127,8 @@ inline void FillSample(Workbook& book, int rows = 300) {
   LookChange date;
   date.number = NumberFormat{NumberFormat::Form::Date};
   book.SetLook({2, 1, 40, 3}, date);
+  date.number = NumberFormat{NumberFormat::Form::DateSeconds};
+  book.SetLook({41, 1, 50, 3}, date);
   LookChange bold;
   bold.bold = true;
   bold.fontName = "Liberation Serif";

@@ -179,7 +179,7 @@ class Hand {
       case 8:
         return book.ColText(column, Of(3) ? "Title " + std::to_string(Of(5)) : "");
       case 9:
-        return void(book.SetLook(range, {.number = NumberFormat{static_cast<NumberFormat::Form>(Of(6)), Of(4)}}));
+        return void(book.SetLook(range, {.number = NumberFormat{static_cast<NumberFormat::Form>(Of(8)), Of(4)}}));
       case 10:
         return void(Of(2) ? book.AddSheet() : book.DeleteSheet(1 + Of(book.SheetCount())));
       case 11:
