@@ -31,9 +31,9 @@ bool ReadDelimited(const std::filesystem::path& path, Workbook& workbook, const 
 inline constexpr std::size_t MaxFieldLength = 32767;
 
 // Writes the cells of the active sheet from A1 to the last used row and column. Numbers have the fewest digits that
-// read back exactly, and the decimal symbol; logicals are TRUE and FALSE, formulas their results; fields are quoted
-// where they need it. Headings are left out. The file is written beside the old one and takes its place when it is
-// complete. False when that fails, with the reason in `error`.
+// read back exactly, and the decimal symbol; dates are ISO dates, to the millisecond; logicals are TRUE and FALSE,
+// formulas their results; fields are quoted where they need it. Headings are left out. The file is written beside the
+// old one and takes its place when it is complete. False when that fails, with the reason in `error`.
 bool WriteDelimited(const Workbook& workbook, const std::filesystem::path& path, char separator, std::string& error,
                     const Regional& regional = {});
 

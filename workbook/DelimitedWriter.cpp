@@ -7,6 +7,7 @@
 
 #include "workbook/DelimitedText.h"
 #include "workbook/FileBeside.h"
+#include "workbook/TypedText.h"
 
 namespace tellurix {
 
@@ -25,10 +26,12 @@ class FieldWriter {
         // Every separator that there is, so that reading finds the same one.
         special_({separator, '"', '\n', '\r', '\t', ',', ';'}) {}
 
-  void Append(const CellView& cell, std::string& to) const {
+  void Append(const CellView& cell, const NumberFormat& format, std::string& to) const {
     switch (std::abs(cell.type)) {
       case NumberCell:
-        return AppendNumber(cell.number, to);
+        if (!format.IsDate()) return AppendNumber(cell.number, to);
+        to += TypedText(cell.number, format, iso_);
+        return;
       case LogicalCell:
         to += cell.number != 0 ? "TRUE" : "FALSE";
         return;
@@ -64,6 +67,7 @@ class FieldWriter {
     to += '"';
   }
 
+  const Regional iso_;
   std::string decimalSymbol_;
   std::string special_;
 };
@@ -102,7 +106,9 @@ bool WriteDelimited(const Workbook& workbook, std::span<const CellRange> ranges,
       for (int column = range.firstColumn; column <= range.lastColumn; ++column) {
         if (!isFirst) buffer += separator;
         isFirst = false;
-        if (range.firstRow + row <= range.lastRow) fields.Append(workbook.ReadRC(range.firstRow + row, column), buffer);
+        if (const int at = range.firstRow + row; at <= range.lastRow) {
+          fields.Append(workbook.ReadRC(at, column), workbook.NumberFormatAt(at, column), buffer);
+        }
         if (buffer.size() < ChunkBytes) continue;
         if (!file.Write(buffer)) return fail();
         buffer.clear();

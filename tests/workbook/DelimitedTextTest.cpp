@@ -361,6 +361,18 @@ void ExpectFields(const Workbook& book, bool loaded, const std::string& bytes) {
   ASSERT_EQ(book.LastCol(), lastColumn);
 }
 
+TEST_F(DelimitedText, WritesIsoDatesInEveryRegion) {
+  const Regional german{",", ".", "dd.mm.yyyy"};
+  Workbook written;
+  written.Enter(1, 1, "12.03.2001", german);
+  written.Enter(2, 1, "12.03.2001 13:45", german);
+  ASSERT_TRUE(WriteDelimited(written, path_, '\t', error_, german)) << error_;
+  ASSERT_TRUE(ReadDelimited(path_, book_, {}, error_)) << error_;
+  EXPECT_EQ(book_.TypeRC(1, 1), TextCell);
+  EXPECT_EQ(book_.TextRC(1, 1), "2001-03-12");
+  EXPECT_EQ(book_.TextRC(2, 1), "2001-03-12 13:45");
+}
+
 TEST_F(DelimitedText, AgreesWithAPlainReaderOnDamagedFiles) {
   const char* rounds = std::getenv("TELLURIX_FUZZ_ROUNDS");
   const int count = rounds ? std::atoi(rounds) : 500;
