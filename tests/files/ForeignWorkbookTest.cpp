@@ -180,7 +180,9 @@ TEST(ForeignFormats, CodesAndFormulas) {
   EXPECT_EQ(form("General"), Form::General);
   EXPECT_EQ(form("dd/mm/yyyy"), Form::Date);
   EXPECT_EQ(form("[$-409]d\\-mmm\\-yy;@"), Form::Date);
-  EXPECT_EQ(form("yyyy-mm-dd hh:mm"), Form::Date);
+  EXPECT_EQ(form("yyyy-mm-dd hh:mm"), Form::DateMinutes);
+  EXPECT_EQ(form("[$-409]m/d/yy\\ h:mm:ss AM/PM;@"), Form::DateSeconds);
+  EXPECT_EQ(form("m/d/yy \"at\" h AM/PM"), Form::Date);
   EXPECT_EQ(form("h:mm"), Form::General);
   EXPECT_EQ(form("[h]:mm:ss"), Form::General);
   EXPECT_EQ(form("@"), Form::Text);

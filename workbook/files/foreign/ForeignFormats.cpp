@@ -101,6 +101,12 @@ std::string FromOpenFormula(std::string_view text) {
   return made;
 }
 
+// Of a date, by the time of day that may stand behind it.
+Form DateForm(const std::string& bare) {
+  if (bare.find(':') == std::string::npos) return Form::Date;
+  return bare.find('s') == std::string::npos ? Form::DateMinutes : Form::DateSeconds;
+}
+
 }  // namespace
 
 NumberFormat FormatOfCode(std::string_view code) {
@@ -109,9 +115,9 @@ NumberFormat FormatOfCode(std::string_view code) {
   if (bare.empty() || bare == "general" || bare == "standard") return {};
   if (bare == "@") return {.form = Form::Text};
   const bool hasDigits = has("0#?");
-  if (!hasDigits && (has("y") || has("d"))) return {.form = Form::Date};
+  if (!hasDigits && (has("y") || has("d"))) return {.form = DateForm(bare)};
   if (has("yh") || (has("ms") && bare.find(':') != std::string::npos))
-    return {.form = has("yd") ? Form::Date : Form::General};
+    return {.form = has("yd") ? DateForm(bare) : Form::General};
   if (!hasDigits) return {};
   const int decimals = DecimalsOf(bare);
   if (has("%")) return {.form = Form::Percent, .decimals = decimals};
@@ -149,8 +155,8 @@ NumberFormat FormatOfNumber(int number) {
       break;
   }
   const auto isIn = [&](int first, int last) { return number >= first && number <= last; };
-  if (isIn(14, 17) || number == 22 || isIn(27, 31) || number == 36 || isIn(50, 54) || isIn(57, 58))
-    return {.form = Form::Date};
+  if (number == 22) return {.form = Form::DateMinutes};
+  if (isIn(14, 17) || isIn(27, 31) || number == 36 || isIn(50, 54) || isIn(57, 58)) return {.form = Form::Date};
   return {};
 }
 

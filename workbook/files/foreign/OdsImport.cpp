@@ -60,6 +60,10 @@ class Styles {
       if (format_.form == NumberFormat::Form::General) format_.form = NumberFormat::Form::Fixed;
       format_.decimals = std::clamp(attributes.Integer("number:decimal-places"), 0, 15);
       format_.grouping = attributes.Logical("number:grouping", false);
+    } else if (name == "minutes" && format_.form == NumberFormat::Form::Date) {
+      format_.form = NumberFormat::Form::DateMinutes;
+    } else if (name == "seconds" && format_.form == NumberFormat::Form::DateMinutes) {
+      format_.form = NumberFormat::Form::DateSeconds;
     } else if (name == "scientific-number") {
       format_.form = NumberFormat::Form::Scientific;
       format_.decimals = std::clamp(attributes.Integer("number:decimal-places"), 0, 15);
