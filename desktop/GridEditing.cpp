@@ -431,39 +431,43 @@ std::optional<std::string> ReplacedText(const Workbook& workbook, int row, int c
 
 bool FindNext(const Workbook& workbook, std::string_view text, const FindOptions& options, const Regional& regional,
               int& row, int& column) {
-  const int rows = workbook.LastRow();
-  const int columns = workbook.LastCol();
-  if (text.empty() || rows == 0 || columns == 0) return false;
-  const Matcher matcher(text, options, regional);
-  // Cells are numbered in the order of the search.
-  const std::int64_t line = options.byColumns ? rows : columns;
-  const std::int64_t count = static_cast<std::int64_t>(rows) * columns;
-  // Beside the used part a search starts at the end of its line, below it at the end of all.
-  const std::int64_t within =
-      std::min<std::int64_t>(options.byColumns ? row - 1 : column - 1, options.backwards ? line : line - 1);
-  const std::int64_t at =
-      std::min(((options.byColumns ? column : row) - 1) * line + within, options.backwards ? count : count - 1);
-  int atRow = options.byColumns ? static_cast<int>(at % line) + 1 : static_cast<int>(at / line) + 1;
-  int atColumn = options.byColumns ? static_cast<int>(at / line) + 1 : static_cast<int>(at % line) + 1;
-  const int by = options.backwards ? -1 : 1;
-  for (std::int64_t i = 0; i < count; ++i) {
-    int& inner = options.byColumns ? atRow : atColumn;
-    int& outer = options.byColumns ? atColumn : atRow;
-    const int innerCount = options.byColumns ? rows : columns;
-    const int outerCount = options.byColumns ? columns : rows;
-    inner += by;
-    if (inner < 1 || inner > innerCount) {
-      inner = by > 0 ? 1 : innerCount;
-      outer += by;
-      if (outer < 1 || outer > outerCount) outer = by > 0 ? 1 : outerCount;
-    }
-    if (matcher.Matches(workbook, atRow, atColumn)) {
-      row = atRow;
-      column = atColumn;
-      return true;
-    }
+  if (text.empty()) return false;
+  std::vector<int> used;  // columns
+  for (int at = 1; at <= workbook.LastCol(); ++at) {
+    if (workbook.LastRowOf(at) > 0) used.push_back(at);
   }
-  return false;
+  const Matcher matcher(text, options, regional);
+  const bool backwards = options.backwards;
+  const int by = backwards ? -1 : 1;
+  // The search goes along lines: the part behind the place where it starts, then all from the other end up to it.
+  const auto placeOf = [&](int r, int c) { return options.byColumns ? std::pair(c, r) : std::pair(r, c); };
+  const auto start = placeOf(row, column);
+  const auto isAt = [&](int r, int c, bool isBehind) {
+    const auto place = placeOf(r, c);
+    if ((backwards ? place < start : place > start) != isBehind || !matcher.Matches(workbook, r, c)) return false;
+    row = r;
+    column = c;
+    return true;
+  };
+  const auto isInLine = [&](int line, bool isBehind) {
+    const int count = options.byColumns ? workbook.LastRowOf(line) : static_cast<int>(used.size());
+    for (int i = backwards ? count : 1; i >= 1 && i <= count; i += by) {
+      const bool found =
+          options.byColumns ? isAt(i, line, isBehind) : isAt(line, used[static_cast<std::size_t>(i - 1)], isBehind);
+      if (found) return true;
+    }
+    return false;
+  };
+  const int lines = options.byColumns ? workbook.LastCol() : workbook.LastRow();
+  const auto isAmong = [&](int from, int to, bool isBehind) {
+    for (int line = from; backwards ? line >= to : line <= to; line += by) {
+      if (isInLine(line, isBehind)) return true;
+    }
+    return false;
+  };
+  const int here = std::min(start.first, lines);
+  if (backwards) return isAmong(here, 1, true) || isAmong(lines, here, false);
+  return isAmong(start.first, lines, true) || isAmong(1, here, false);
 }
 
 int ReplaceAll(Workbook& workbook, std::string_view text, std::string_view by, const FindOptions& options,
@@ -472,11 +476,10 @@ int ReplaceAll(Workbook& workbook, std::string_view text, std::string_view by, c
   const Matcher matcher(text, options, regional);
   const GridStep step(workbook, "Replace");
   int replaced = 0;
-  const int rows = workbook.LastRow();
   std::vector<Workbook::FormatRun> formats;
   std::string reason;
   for (int column = workbook.LastCol(); column >= 1; --column) {
-    for (int row = 1; row <= rows; ++row) {
+    for (int row = 1; row <= workbook.LastRowOf(column); ++row) {
       const auto made = ReplacedText(workbook, row, column, matcher, by, regional);
       if (!made) continue;
       const bool staysText = workbook.NumberFormatAt(row, column).form == NumberFormat::Form::Text;

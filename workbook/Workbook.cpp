@@ -201,6 +201,11 @@ bool Workbook::SetColumnTexts(int column, int firstRow, std::span<const std::str
 int Workbook::LastRow() const { return Active().LastRow(); }
 int Workbook::LastCol() const { return static_cast<int>(Active().columns.size()); }
 
+int Workbook::LastRowOf(int column) const {
+  const CellColumn* cells = column >= 1 ? Active().Find(column) : nullptr;
+  return cells ? cells->LastRow() : 0;
+}
+
 void Workbook::Sheet(int index) {
   if (index >= 1 && index <= SheetCount()) active_ = index - 1;
 }

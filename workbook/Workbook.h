@@ -166,6 +166,7 @@ class Workbook final : public GridStore {
   // --- extent and sheets ---
   int LastRow() const override;
   int LastCol() const override;
+  int LastRowOf(int column) const;  // the last row of a column that holds anything; 0 for none
   int Sheet() const override { return active_ + 1; }
   void Sheet(int index) override;  // an index that does not exist is ignored
   int SheetCount() const { return static_cast<int>(sheets_.size()); }

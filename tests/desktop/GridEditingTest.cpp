@@ -196,6 +196,14 @@ TEST(GridEditing, FindsInEitherOrderAndDirection) {
   EXPECT_EQ(next("ärzte", {.backwards = true}, 1, 9), Place(1, 2));
   EXPECT_EQ(next("ärzte", {}, 90, 2), Place(1, 2));
   EXPECT_EQ(next("ärzte", {.backwards = true}, 90, 2), Place(3, 3));
+  // Empty columns cost nothing, however far the sheet is used.
+  const Place corner(GridStore::MaxRows, GridStore::MaxColumns);
+  book.TextRC(corner.first, corner.second, "last");
+  for (const bool byColumns : {false, true}) {
+    EXPECT_EQ(next("last", {.byColumns = byColumns}, 1, 1), corner);
+    EXPECT_EQ(next("last", {.byColumns = byColumns, .backwards = true}, 1, 1), corner);
+    EXPECT_EQ(next("none", {.byColumns = byColumns}, 1, 1), Place(0, 0));
+  }
 }
 
 TEST(GridEditing, ReplacesInOneStep) {
