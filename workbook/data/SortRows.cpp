@@ -26,6 +26,7 @@ constexpr const char* KeyFrames[] = {"Sort by", "Then by", "Last by"};
 // The columns need not adjoin, but they have the same rows.
 struct Block {
   std::vector<int> columns;  // worksheet columns, rising
+  int firstMarked = 1;       // of them, the one to sort by unless another is chosen
   int firstRow = 1;
   int lastRow = 1;
 };
@@ -56,6 +57,7 @@ std::optional<Block> SelectBlock(Session& session) {
   }
   std::ranges::sort(block.columns);
   block.columns.erase(std::ranges::unique(block.columns).begin(), block.columns.end());
+  block.firstMarked = block.columns.front();
   return block;
 }
 
@@ -90,9 +92,9 @@ bool TakeColumnsBeside(Session& session, const GridStore& grid, Block& block) {
   for (std::size_t k = 0; k < std::min(beside.size(), MostNamed); ++k) named.push_back(ColumnLetters(beside[k]));
   const std::string others = beside.size() > MostNamed ? fmt::format(" and {} more", beside.size() - MostNamed) : "";
   const std::string text = fmt::format(
-      "There are data in the same rows beside the selection, in column {}{}.\n\nSort them too, so that each row stays "
+      "There are data in the same rows beside the selection, in {} {}{}.\n\nSort them too, so that each row stays "
       "together?",
-      fmt::join(named, ", "), others);
+      beside.size() == 1 ? "column" : "columns", fmt::join(named, ", "), others);
   const Reply reply = ShowMessage(session, text, YesNoCancel | QuestionIcon, Caption);
   if (reply == Reply::Cancel) return false;
   if (reply == Reply::Yes) {
@@ -142,8 +144,11 @@ std::optional<SortPlan> AskPlan(Session& session, const GridStore& grid, const B
 
   Form form("SortForm", Caption);
   form.helpContext = session.HelpContext;
+  const auto marked = std::ranges::lower_bound(block.columns, block.firstMarked) - block.columns.begin();
   for (int key = 0; key < 3; ++key) {
-    form.AddCombo(fmt::format("Key{}", key), "Column", key == 0 ? names : namesOrNone, 0).group = KeyFrames[key];
+    form.AddCombo(fmt::format("Key{}", key), "Column", key == 0 ? names : namesOrNone,
+                  key == 0 ? static_cast<int>(marked) : 0)
+        .group = KeyFrames[key];
     form.AddCheck(fmt::format("Descending{}", key), "Descending", false).group = KeyFrames[key];
   }
   form.AddCheck("Titles", "The top row holds titles and stays", LooksTitled(grid, block));
