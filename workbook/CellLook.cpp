@@ -22,12 +22,15 @@ std::string Fixed(double value, int decimals) {
   return text;
 }
 
-std::string Grouped(std::string text) {
+// Between thousands the symbol of the region; one that has none gets that which cannot be its decimal symbol.
+std::string Grouped(std::string text, const Regional& regional) {
+  const std::string other = regional.decimalSymbol == "," ? "." : ",";
+  const std::string& symbol = regional.groupingSymbol.empty() ? other : regional.groupingSymbol;
   const std::size_t start = text.starts_with('-') ? 1 : 0;
-  std::size_t at = std::min(text.find('.'), text.size());
+  std::size_t at = std::min(text.find(regional.decimalSymbol), text.size());
   while (at > start + 3) {
     at -= 3;
-    text.insert(at, 1, ',');
+    text.insert(at, symbol);
   }
   return text;
 }
@@ -42,13 +45,17 @@ std::string ShownDate(double value, NumberFormat::Form form, const Regional& reg
   return text;
 }
 
-// By any format but that of a date.
+bool IsGrouped(double value, const NumberFormat& format) {
+  return format.form == NumberFormat::Form::Fixed && format.grouping && std::abs(value) < LargestFixed;
+}
+
+// By any format but that of a date, without symbols of the region.
 std::string PlainNumber(double value, const NumberFormat& format) {
   const int decimals = std::clamp(format.decimals, 0, MostDecimals);
   switch (format.form) {
     case NumberFormat::Form::Fixed:
       if (std::abs(value) >= LargestFixed) break;
-      return format.grouping ? Grouped(Fixed(value, decimals)) : Fixed(value, decimals);
+      return Fixed(value, decimals);
     case NumberFormat::Form::Percent:
       if (std::abs(value) * 100 >= LargestFixed) break;
       return Fixed(value * 100, decimals) + "%";
@@ -71,7 +78,8 @@ std::string FormatNumber(double value, const NumberFormat& format, const Regiona
   if (format.IsDate()) {
     if (std::string date = ShownDate(value, format.form, regional); !date.empty()) return date;
   }
-  return Localized(PlainNumber(value, format), regional);
+  std::string text = Localized(PlainNumber(value, format), regional);
+  return IsGrouped(value, format) ? Grouped(std::move(text), regional) : text;
 }
 
 CellLook LookChange::AppliedTo(CellLook look) const {

@@ -20,7 +20,7 @@ struct NumberFormat {
   enum class Form : std::uint8_t { General, Fixed, Scientific, Percent, Date, Text, DateMinutes, DateSeconds };
   Form form = Form::General;
   int decimals = 2;       // 0 to 15; of Fixed, Scientific and Percent
-  bool grouping = false;  // "," between thousands; of Fixed
+  bool grouping = false;  // the region's symbol between thousands; of Fixed
 
   bool IsDate() const { return form == Form::Date || form == Form::DateMinutes || form == Form::DateSeconds; }
   bool operator==(const NumberFormat&) const = default;

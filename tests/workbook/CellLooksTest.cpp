@@ -60,6 +60,10 @@ TEST(CellLooks, NumbersAreFormatted) {
   for (const auto& [value, format, shown] : table) {
     EXPECT_EQ(FormatNumber(value, format), shown) << value << " " << static_cast<int>(format.form);
   }
+  const NumberFormat thousands{Form::Fixed, 1, true};
+  EXPECT_EQ(FormatNumber(-1234567.89, thousands, {",", ".", "dd.mm.yyyy"}), "-1.234.567,9");
+  EXPECT_EQ(FormatNumber(1234567.89, thousands, {",", "\u202F", "dd/mm/yyyy"}), "1\u202F234\u202F567,9");
+  EXPECT_EQ(FormatNumber(1234.5, thousands, {",", "", "dd.mm.yyyy"}), "1.234,5");
 }
 
 TEST(CellLooks, ShowInTheGridAndAreUndone) {
