@@ -4,8 +4,7 @@
 #include <cmath>
 #include <string>
 
-#include "shell/ScriptPlayer.h"
-#include "workbook/Workbook.h"
+#include "bench/Played.h"
 
 namespace tellurix {
 namespace {
@@ -15,23 +14,10 @@ constexpr int Million = 1'000'000;
 // Plays a script again and again on a new workbook with the titled column x of `rows` values; what a round has written
 // is taken back.
 void Play(benchmark::State& state, int rows, double (*value)(int), const std::string& text) {
-  Paths paths;
-  paths.program = TELLURIX_SOURCE_DIR;
-  ScriptPlayer player(paths);
-  Workbook& workbook = player.PlayedDocuments().NewWorkbook();
-  workbook.TextRC(1, 1, "x");
-  for (int i = 0; i < rows; ++i) workbook.NumberRC(i + 2, 1, value(i));
-  workbook.ClearHistory();
-  ScriptFile script;
-  std::string error;
-  if (!ReadScript(text, "bench.tlx", script, error)) return state.SkipWithError(error.c_str());
-  for (auto _ : state) {
-    if (!player.Play(script)) return state.SkipWithError(player.Failure().c_str());
-    state.PauseTiming();
-    if (!workbook.Undo()) return state.SkipWithError("nothing was written");
-    player.PlayedSession().results.Current() = {};
-    state.ResumeTiming();
-  }
+  bench::Played played;
+  played.workbook.TextRC(1, 1, "x");
+  for (int i = 0; i < rows; ++i) played.workbook.NumberRC(i + 2, 1, value(i));
+  played.RunAndUndo(state, text);
 }
 
 double Scattered(int i) { return std::fmod((i + 1) * 0.6180339887498949, 1.0) - 0.25; }

@@ -3,10 +3,9 @@
 
 #include <cmath>
 
+#include "bench/Played.h"
 #include "numeric/Expression.h"
 #include "numeric/Rounding.h"
-#include "shell/ScriptPlayer.h"
-#include "workbook/Workbook.h"
 
 namespace tellurix {
 namespace {
@@ -46,28 +45,15 @@ void RoundToFifteenDigits(benchmark::State& state) {
 BENCHMARK(RoundToFifteenDigits);
 
 void MillionRowsOfApplyFunction(benchmark::State& state) {
-  Paths paths;
-  paths.program = TELLURIX_SOURCE_DIR;
-  ScriptPlayer player(paths);
-  Workbook& workbook = player.PlayedDocuments().NewWorkbook();
+  bench::Played played;
+  Workbook& workbook = played.workbook;
   workbook.TextRC(1, 1, "x");
   workbook.TextRC(1, 2, "y");
   for (int i = 0; i < Million; ++i) {
     workbook.NumberRC(i + 2, 1, Scattered(i, 0.6180339887498949));
     workbook.NumberRC(i + 2, 2, Scattered(i, 0.4142135623730951));
   }
-  workbook.ClearHistory();
-  ScriptFile script;
-  std::string error;
-  ReadScript("run M_Datax(0)\nselect A:B\ntype \"SQRT(V1)*2+V2\"\ntype \"root\"\npick \"Book 01\"\n", "bench.tlx",
-             script, error);
-  for (auto _ : state) {
-    if (!player.Play(script)) return state.SkipWithError(player.Failure().c_str());
-    state.PauseTiming();
-    if (!workbook.Undo()) return state.SkipWithError("nothing was written");
-    player.PlayedSession().results.Current() = {};
-    state.ResumeTiming();
-  }
+  played.RunAndUndo(state, "run M_Datax(0)\nselect A:B\ntype \"SQRT(V1)*2+V2\"\ntype \"root\"\npick \"Book 01\"\n");
 }
 BENCHMARK(MillionRowsOfApplyFunction)->Unit(benchmark::kMillisecond);
 

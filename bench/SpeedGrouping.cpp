@@ -4,9 +4,7 @@
 
 #include <string>
 
-#include "shell/ProgramFolder.h"
-#include "shell/ScriptPlayer.h"
-#include "workbook/Workbook.h"
+#include "bench/Played.h"
 
 namespace tellurix {
 namespace {
@@ -14,10 +12,8 @@ namespace {
 constexpr int Rows = 1000000;
 
 // A player with a workbook whose columns A to C hold a title and a million rows: 20 texts, 7 texts, 20 numbers.
-struct MillionRows {
-  ScriptPlayer player{ScriptPaths(TELLURIX_SOURCE_DIR)};
+struct MillionRows : bench::Played {
   MillionRows() {
-    Workbook& workbook = player.PlayedDocuments().NewWorkbook();
     workbook.TextRC(1, 1, "Centre");
     workbook.TextRC(1, 2, "Treatment");
     workbook.TextRC(1, 3, "Score");
@@ -28,21 +24,13 @@ struct MillionRows {
     }
   }
 
-  // Plays a command that writes to a new workbook (or makes one itself), which is closed afterwards without being
-  // timed.
+  // Plays a command that writes to a new workbook (or makes one itself), which is closed afterwards.
   void Run(benchmark::State& state, const std::string& text, bool picks = true) {
-    ScriptFile script;
-    std::string error;
-    if (!ReadScript(text + (picks ? "pick \"New Book\"\n" : ""), "speed.tlx", script, error))
-      return state.SkipWithError(error.c_str());
-    for (auto _ : state) {
-      if (!player.Play(script)) return state.SkipWithError(player.Failure().c_str());
-      state.PauseTiming();
+    Played::Run(state, text + (picks ? "pick \"New Book\"\n" : ""), [&] {
       Documents& documents = player.PlayedDocuments();
       documents.CloseWorkbook(documents.WorkbookAt(1));
       documents.ActivateWorkbook(0);
-      state.ResumeTiming();
-    }
+    });
   }
 };
 
@@ -77,7 +65,7 @@ BENCHMARK(CodeMillionTexts)->Unit(benchmark::kMillisecond);
 
 void IntervalsFromMillionDates(benchmark::State& state) {
   MillionRows rows;
-  Workbook& workbook = rows.player.PlayedDocuments().WorkbookAt(0);
+  Workbook& workbook = rows.workbook;
   workbook.TextRC(1, 4, "Admitted");
   for (int row = 0; row < Rows; ++row) {
     workbook.TextRC(row + 2, 4,
@@ -90,7 +78,7 @@ BENCHMARK(IntervalsFromMillionDates)->Unit(benchmark::kMillisecond);
 // Columns E and on hold a block of 256 rows by 200 columns.
 void RotateBlockOf256RowsBy200Columns(benchmark::State& state) {
   MillionRows rows;
-  Workbook& workbook = rows.player.PlayedDocuments().WorkbookAt(0);
+  Workbook& workbook = rows.workbook;
   for (int row = 1; row <= 256; ++row) {
     for (int column = 5; column < 205; ++column) workbook.NumberRC(row, column, row * 1000.0 + column);
   }

@@ -5,9 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "bench/Played.h"
 #include "numeric/Summary.h"
-#include "shell/ScriptPlayer.h"
-#include "workbook/Workbook.h"
 
 namespace tellurix {
 namespace {
@@ -34,18 +33,11 @@ BENCHMARK(MillionFullSummary)->Unit(benchmark::kMillisecond);
 
 // The whole command: selection, table, report.
 void MillionTextFrequencies(benchmark::State& state) {
-  Paths paths;
-  paths.program = TELLURIX_SOURCE_DIR;
-  ScriptPlayer player(paths);
-  Workbook& workbook = player.PlayedDocuments().NewWorkbook();
+  bench::Played played;
+  Workbook& workbook = played.workbook;
   workbook.TextRC(1, 1, "Code");
   for (int i = 0; i < Million; ++i) workbook.TextRC(i + 2, 1, "value " + std::to_string(i * 7919LL % 1000));
-  ScriptFile script;
-  std::string error;
-  ReadScript("run M_Frequencies\nselect A1:A1000001\nexpect freq.n 1000000\n", "bench.tlx", script, error);
-  for (auto _ : state) {
-    if (!player.Play(script)) state.SkipWithError(player.Failure().c_str());
-  }
+  played.Run(state, "run M_Frequencies\nselect A1:A1000001\nexpect freq.n 1000000\n", [] {});
 }
 BENCHMARK(MillionTextFrequencies)->Unit(benchmark::kMillisecond);
 

@@ -31,7 +31,12 @@ TEST_F(SkeletonTest, EnsureReportFindsOrMakesTheTarget) {
       form.Press("Select");
     };
   };
-  host.forms = {pick("Report1"), pick("Report2"), [](Form& form) { form.Close(); }, pick("New Report")};
+  host.forms = {pick("Report1"), pick("Report2"),
+                [](Form& form) {
+                  EXPECT_EQ(form.IndexOf("List"), 1);  // the active one is marked
+                  form.Close();
+                },
+                pick("New Report")};
   EXPECT_EQ(EnsureReport(session), first);
   EXPECT_EQ(documents.ActiveReport(), first);
   EXPECT_EQ(EnsureReport(session), second);
